@@ -1,0 +1,34 @@
+# tvk/tvk.h includes every public header, and a public header includes public headers alone: the
+# others are not installed.
+
+cmake_minimum_required(VERSION 3.25)
+
+string(REPLACE "," ";" PUBLIC_HEADERS "${PUBLIC_HEADERS}")
+set(public)
+foreach(header IN LISTS PUBLIC_HEADERS)
+    cmake_path(RELATIVE_PATH header BASE_DIRECTORY ${ROOT})
+    list(APPEND public ${header})
+endforeach()
+
+function(included_by header result)
+    file(STRINGS ${ROOT}/${header} lines REGEX "^[ \t]*#[ \t]*include[ \t]*\"")
+    set(names)
+    foreach(line IN LISTS lines)
+        string(REGEX REPLACE "^[^\"]*\"([^\"]*)\".*$" "\\1" name "${line}")
+        list(APPEND names ${name})
+    endforeach()
+    set(${result} ${names} PARENT_SCOPE)
+endfunction()
+
+included_by(tvk/tvk.h in_all)
+foreach(header IN LISTS public)
+    if(NOT header STREQUAL "tvk/tvk.h" AND NOT header IN_LIST in_all)
+        message(SEND_ERROR "tvk/tvk.h does not include ${header}")
+    endif()
+    included_by(${header} names)
+    foreach(name IN LISTS names)
+        if(NOT name IN_LIST public)
+            message(SEND_ERROR "${header} includes ${name}, which is not installed")
+        endif()
+    endforeach()
+endforeach()
