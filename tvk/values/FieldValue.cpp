@@ -1,0 +1,7 @@
+#include "tvk/values/FieldValue.h"
+
+namespace tvk {
+
+FieldValue::~FieldValue() = default;
+
+}  // namespace tvk

@@ -1,0 +1,182 @@
+#include "tvk/values/MappedMessage.h"
+
+#include <memory>
+
+#include "tvk/values/MappedMessageHeader.h"
+#include "tvk/values/detail/FieldMap.h"
+#include "tvk/values/detail/PlaceLimit.h"
+
+namespace tvk {
+
+namespace {
+
+using SubMessages = std::vector<RefCountedPtr<KestrinMessage>>;
+
+SubMessages::iterator placeOf(SubMessages & messages, std::size_t index) {
+    return messages.begin() + static_cast<std::ptrdiff_t>(index);
+}
+
+}  // namespace
+
+struct MappedMessage::Impl : detail::FieldMap {
+    Impl() : header(new MappedMessageHeader) {}
+    Impl(FieldMap const & fields, KestrinMessageHeader const & headerToCopy)
+        : FieldMap(fields), header(new MappedMessageHeader(headerToCopy)) {}
+
+    SubMessages & madeSubMessages() {
+        if (subMessages == nullptr) {
+            subMessages = std::make_unique<SubMessages>();
+        }
+        return *subMessages;
+    }
+
+    RefCountedPtr<KestrinMessageHeader> header;
+    std::unique_ptr<SubMessages> subMessages;  // null until a first one is stored
+};
+
+KestrinMessage::~KestrinMessage() = default;
+
+MappedMessage::MappedMessage() : MappedFields(new Impl) {}
+
+MappedMessage::MappedMessage(MappedMessage const & other)
+    : MappedFields(new Impl(other.fields(), other.header())) {
+    if (other.impl().subMessages != nullptr) {
+        impl().subMessages = std::make_unique<SubMessages>(*other.impl().subMessages);
+    }
+}
+
+MappedMessage::MappedMessage(KestrinMessage const & other) : MappedMessage() {
+    fields().addMissing(other);
+    assignHeaderOf(other);
+    copySubMessagesOf(other);
+}
+
+MappedMessage::~MappedMessage() {
+    detail::ContainerEnd end;
+    if (end.isDeep()) {
+        // Last one first: they end in the order sub-messages, header, body.
+        fields().endAll(end);
+        end.defer(impl().header);
+        if (impl().subMessages != nullptr) {
+            for (auto at = impl().subMessages->rbegin(); at != impl().subMessages->rend(); ++at) {
+                end.defer(*at);
+            }
+        }
+    } else {
+        impl().subMessages = nullptr;
+        impl().header = nullptr;
+        fields().endAll(end);
+    }
+}
+
+MappedMessage & MappedMessage::operator=(MappedMessage const & other) {
+    if (&other != this) {
+        fields().map() = other.fields().map();
+        assignHeaderOf(other);
+        impl().subMessages = nullptr;
+        if (other.impl().subMessages != nullptr) {
+            impl().subMessages = std::make_unique<SubMessages>(*other.impl().subMessages);
+        }
+    }
+    return *this;
+}
+
+MappedMessage & MappedMessage::operator=(KestrinMessage const & other) {
+    if (&other != this) {
+        fields().addMissing(other);
+        assignHeaderOf(other);
+        impl().subMessages = nullptr;
+        copySubMessagesOf(other);
+    }
+    return *this;
+}
+
+RefCountedPtr<KestrinMessage> MappedMessage::createListMessage(unsigned int count) {
+    RefCountedPtr<MappedMessage> const message(new MappedMessage);
+    message->header().setMessageTypeId(MSGTYPE_LIST_MESSAGE);
+    detail::reservePlaces(message->impl().madeSubMessages(), count);
+    return message;
+}
+
+KestrinMessageHeader & MappedMessage::header() { return *impl().header; }
+
+KestrinMessageHeader const & MappedMessage::header() const { return *impl().header; }
+
+unsigned int MappedMessage::getSubMessageCount() const {
+    return impl().subMessages == nullptr ? 0
+                                         : static_cast<unsigned int>(impl().subMessages->size());
+}
+
+RefCountedPtr<KestrinMessage> MappedMessage::getSubMessage(unsigned int index) const {
+    return (*impl().subMessages)[index];
+}
+
+void MappedMessage::addSubMessage(RefCountedPtr<KestrinMessage> const & message) {
+    SubMessages & messages = impl().madeSubMessages();
+    detail::requirePlaces(messages.size() + 1);
+    messages.push_back(message);
+}
+
+void MappedMessage::insertSubMessageAt(unsigned int index,
+                                       RefCountedPtr<KestrinMessage> const & message) {
+    SubMessages & messages = impl().madeSubMessages();
+    detail::requirePlaces(messages.size() + 1);
+    messages.insert(placeOf(messages, index), message);
+}
+
+void MappedMessage::removeSubMessage(KestrinMessage const * message) {
+    if (impl().subMessages == nullptr) {
+        return;
+    }
+    SubMessages & messages = *impl().subMessages;
+    for (std::size_t i = 0; i < messages.size(); ++i) {
+        // Deliberate: the one that moves up into the place just emptied is passed over, so callers
+        // that added a message twice in a row remove it twice.
+        if (messages[i] == message) {
+            messages.erase(placeOf(messages, i));
+        }
+    }
+}
+
+void MappedMessage::removeSubmessageAt(unsigned int index) {
+    impl().subMessages->erase(placeOf(*impl().subMessages, index));
+}
+
+void MappedMessage::removeSubMessages(unsigned int first, unsigned int count) {
+    SubMessages & messages = *impl().subMessages;
+    std::size_t const end = std::size_t{first} + count;
+    messages.erase(placeOf(messages, first),
+                   end < messages.size() ? placeOf(messages, end) : messages.end());
+}
+
+void MappedMessage::removeAllSubMessages() {
+    if (impl().subMessages != nullptr) {
+        impl().subMessages->clear();
+    }
+}
+
+/// Deliberate: assigned at the level of the abstract class, which takes over the reference count
+/// and nothing else. So a message that is assigned keeps what its header says.
+void MappedMessage::assignHeaderOf(KestrinMessage const & other) {
+    impl().header->KestrinMessageHeader::operator=(other.header());
+}
+
+void MappedMessage::copySubMessagesOf(KestrinMessage const & other) {
+    unsigned int const count = other.getSubMessageCount();
+    if (count == 0) {
+        return;
+    }
+    SubMessages & messages = impl().madeSubMessages();
+    detail::reservePlaces(messages, count);
+    for (unsigned int i = 0; i < count; ++i) {
+        messages.push_back(other.getSubMessage(i));
+    }
+}
+
+MappedMessage::Impl & MappedMessage::impl() { return static_cast<Impl &>(fields()); }
+
+MappedMessage::Impl const & MappedMessage::impl() const {
+    return static_cast<Impl const &>(fields());
+}
+
+}  // namespace tvk

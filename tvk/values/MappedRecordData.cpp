@@ -1,0 +1,32 @@
+#include "tvk/values/MappedRecordData.h"
+
+#include "tvk/values/detail/FieldMap.h"
+
+namespace tvk {
+
+MappedRecordData::MappedRecordData() : MappedFields(new detail::FieldMap) {}
+
+MappedRecordData::MappedRecordData(MappedRecordData const & other)
+    : MappedFields(new detail::FieldMap(other.fields())) {}
+
+MappedRecordData::MappedRecordData(RecordData const & other) : MappedRecordData() {
+    fields().addMissing(other);
+}
+
+MappedRecordData::~MappedRecordData() = default;
+
+MappedRecordData & MappedRecordData::operator=(MappedRecordData const & other) {
+    if (&other != this) {
+        fields().map() = other.fields().map();
+    }
+    return *this;
+}
+
+MappedRecordData & MappedRecordData::operator=(RecordData const & other) {
+    if (&other != this) {
+        fields().addMissing(other);
+    }
+    return *this;
+}
+
+}  // namespace tvk
