@@ -1,8 +1,9 @@
-#include "tests/support/AllocationCounter.h"
-
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
+
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/AllocationFailure.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define TVK_TEST_SANITIZED
@@ -14,29 +15,53 @@
 #endif
 
 #if defined(__GLIBC__) && !defined(TVK_TEST_SANITIZED)
-#define TVK_TEST_COUNTS_ALLOCATIONS
+#define TVK_TEST_OWNS_ALLOCATION
+#endif
+
+#if defined(TVK_TEST_OWNS_ALLOCATION)
+constexpr bool OWNS_ALLOCATION = true;
+#else
+constexpr bool OWNS_ALLOCATION = false;
 #endif
 
 namespace tvk::test {
 
 namespace {
 
+constexpr long long NEVER_FAIL = -1;
+
 // Per thread, so that counting costs no atomic operation and other threads do not disturb a test.
 constinit thread_local long long allocationTotal = 0;
+constinit thread_local long long allowedAllocations = NEVER_FAIL;
+
+/// Called before each allocation: counts it, and tells whether it may go on.
+[[maybe_unused]] bool beginAllocation() noexcept {
+    if (allowedAllocations == 0) {
+        errno = ENOMEM;
+        return false;
+    }
+    if (allowedAllocations > 0) {
+        --allowedAllocations;
+    }
+    ++allocationTotal;
+    return true;
+}
 
 }  // namespace
 
+bool AllocationCounter::available() noexcept { return OWNS_ALLOCATION; }
+
 long long AllocationCounter::total() noexcept { return allocationTotal; }
 
-#if defined(TVK_TEST_COUNTS_ALLOCATIONS)
-bool AllocationCounter::available() noexcept { return true; }
-#else
-bool AllocationCounter::available() noexcept { return false; }
-#endif
+bool AllocationFailure::available() noexcept { return OWNS_ALLOCATION; }
+
+AllocationFailure::AllocationFailure(long long allowed) noexcept { allowedAllocations = allowed; }
+
+void AllocationFailure::end() noexcept { allowedAllocations = NEVER_FAIL; }
 
 }  // namespace tvk::test
 
-#if defined(TVK_TEST_COUNTS_ALLOCATIONS)
+#if defined(TVK_TEST_OWNS_ALLOCATION)
 
 // The program's definitions stand before those of the C library, for its shared libraries too. They
 // use the same heap, so the C library's free and malloc_usable_size go on working.
@@ -48,23 +73,19 @@ void * __libc_realloc(void * block, std::size_t size) noexcept;
 void * __libc_memalign(std::size_t alignment, std::size_t size) noexcept;
 
 void * malloc(std::size_t size) noexcept {
-    ++tvk::test::allocationTotal;
-    return __libc_malloc(size);
+    return tvk::test::beginAllocation() ? __libc_malloc(size) : nullptr;
 }
 
 void * calloc(std::size_t count, std::size_t size) noexcept {
-    ++tvk::test::allocationTotal;
-    return __libc_calloc(count, size);
+    return tvk::test::beginAllocation() ? __libc_calloc(count, size) : nullptr;
 }
 
 void * realloc(void * block, std::size_t size) noexcept {
-    ++tvk::test::allocationTotal;
-    return __libc_realloc(block, size);
+    return tvk::test::beginAllocation() ? __libc_realloc(block, size) : nullptr;
 }
 
 void * memalign(std::size_t alignment, std::size_t size) noexcept {
-    ++tvk::test::allocationTotal;
-    return __libc_memalign(alignment, size);
+    return tvk::test::beginAllocation() ? __libc_memalign(alignment, size) : nullptr;
 }
 
 void * aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
