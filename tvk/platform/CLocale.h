@@ -1,12 +1,8 @@
 #pragma once
 
-#if defined(_WIN32)
-#include <locale.h>
-#else
 #include <locale.h>
 #if defined(__APPLE__)
 #include <xlocale.h>
-#endif
 #endif
 
 namespace tvk::platform {

@@ -9,9 +9,13 @@
 #include <new>
 #include <string_view>
 
+#include "tvk/platform/CharacterClass.h"
 #include "tvk/platform/Format.h"
 
 namespace {
+
+using tvk::platform::isSpace;
+using tvk::platform::toLower;
 
 constexpr int MAXIMUM_LENGTH = std::numeric_limits<int>::max();
 
@@ -32,12 +36,29 @@ int sumOf(int length, int more) {
     return length + more;
 }
 
+void requireBytes(char const * text, int length) {
+    if (length < 0 || (length > 0 && text == nullptr)) {
+        throw std::bad_alloc();
+    }
+}
+
+/// The allocator deals in steps of 16 bytes; what it gives anyway is used as room.
+int roundedCapacity(int length, std::size_t besides) {
+    constexpr std::size_t STEP = 16;
+    std::size_t const rounded = (bytes(length) + besides + STEP - 1) / STEP * STEP - besides;
+    return static_cast<int>(std::min(rounded, bytes(MAXIMUM_LENGTH)));
+}
+
 std::string_view viewOf(char const * text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
 std::string_view viewOf(CString const & text) {
     return std::string_view(text.GetString(), bytes(text.GetLength()));
+}
+
+int compareLengths(std::string_view left, std::string_view right) {
+    return left.size() == right.size() ? 0 : left.size() < right.size() ? -1 : 1;
 }
 
 int compareBytes(std::string_view left, std::string_view right) {
@@ -47,23 +68,19 @@ int compareBytes(std::string_view left, std::string_view right) {
     if (order != 0) {
         return order < 0 ? -1 : 1;
     }
-    return left.size() == right.size() ? 0 : left.size() < right.size() ? -1 : 1;
-}
-
-unsigned char lower(char character) {
-    auto const byte = static_cast<unsigned char>(character);
-    return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte | 0x20) : byte;
+    return compareLengths(left, right);
 }
 
 int compareBytesNoCase(std::string_view left, std::string_view right) {
     std::size_t const common = std::min(left.size(), right.size());
     for (std::size_t i = 0; i < common; ++i) {
-        int const difference = lower(left[i]) - lower(right[i]);
-        if (difference != 0) {
-            return difference < 0 ? -1 : 1;
+        auto const leftByte = static_cast<unsigned char>(toLower(left[i]));
+        auto const rightByte = static_cast<unsigned char>(toLower(right[i]));
+        if (leftByte != rightByte) {
+            return leftByte < rightByte ? -1 : 1;
         }
     }
-    return left.size() == right.size() ? 0 : left.size() < right.size() ? -1 : 1;
+    return compareLengths(left, right);
 }
 
 int findIn(std::string_view text, std::string_view wanted, int start) {
@@ -79,14 +96,14 @@ bool pointsInto(std::string_view text, char const * place) {
            !std::less<char const *>()(text.data() + text.size(), place);
 }
 
-bool isSpace(char character) { return character == ' ' || (character >= 9 && character <= 13); }
-
 }  // namespace
 
 constinit CString::EmptyText CString::EMPTY = {{UNCOUNTED, 0, 0}, {0, 0, 0, 0}};
 
-char * CString::allocate(int capacity) {
+/// A block with room for `length` bytes and with the empty text in it.
+char * CString::allocate(int length) {
     static_assert(offsetof(EmptyText, text) == sizeof(Block), "text follows its block at once");
+    int const capacity = roundedCapacity(length, sizeof(Block) + 1);
     void * const memory = std::malloc(sizeof(Block) + bytes(capacity) + 1);
     if (memory == nullptr) {
         throw std::bad_alloc();
@@ -134,23 +151,17 @@ char * CString::makeRoom(int length) {
 
 CString CString::concatenate(char const * left, int leftLength, char const * right,
                              int rightLength) {
-    int const length = sumOf(leftLength, rightLength);
     CString result;
-    if (length > 0) {
-        result.data_ = allocate(length);
-        std::memcpy(result.data_, left, bytes(leftLength));
-        std::memcpy(result.data_ + leftLength, right, bytes(rightLength));
-        result.setLength(length);
-    }
+    result.Preallocate(sumOf(leftLength, rightLength));
+    result.Append(left, leftLength);
+    result.Append(right, rightLength);
     return result;
 }
 
 CString::CString(char const * text) : CString(text == nullptr ? "" : text, lengthOf(text)) {}
 
-CString::CString(char const * bytesOfText, int length) : data_(EMPTY.text) {
-    if (length < 0) {
-        throw std::bad_alloc();
-    }
+CString::CString(char const * bytesOfText, int length) : data_(emptyText()) {
+    requireBytes(bytesOfText, length);
     if (length > 0) {
         data_ = allocate(length);
         std::memcpy(data_, bytesOfText, bytes(length));
@@ -158,7 +169,7 @@ CString::CString(char const * bytesOfText, int length) : data_(EMPTY.text) {
     }
 }
 
-CString::CString(char character, int count) : data_(EMPTY.text) {
+CString::CString(char character, int count) : data_(emptyText()) {
     if (count > 0) {
         data_ = allocate(count);
         std::memset(data_, static_cast<unsigned char>(character), bytes(count));
@@ -177,7 +188,7 @@ CString & CString::operator=(CString && other) noexcept {
     if (this != &other) {
         drop();
         data_ = other.data_;
-        other.data_ = EMPTY.text;
+        other.data_ = emptyText();
     }
     return *this;
 }
@@ -188,7 +199,7 @@ CString & CString::operator=(char character) { return *this = CString(character)
 
 void CString::Empty() noexcept {
     drop();
-    data_ = EMPTY.text;
+    data_ = emptyText();
 }
 
 void CString::SetAt(int index, char character) {
@@ -253,9 +264,15 @@ CString & CString::Trim() {
     while (begin < end && isSpace(data_[begin])) {
         ++begin;
     }
-    if (end - begin != GetLength()) {
-        *this = CString(data_ + begin, end - begin);
+    int const kept = end - begin;
+    if (kept == GetLength()) {
+        return *this;
     }
+    if (kept == 0 || isShared()) {
+        return *this = CString(data_ + begin, kept);
+    }
+    std::memmove(data_, data_ + begin, bytes(kept));
+    setLength(kept);
     return *this;
 }
 
@@ -309,9 +326,7 @@ void CString::Append(CString const & text) { Append(text.data_, text.GetLength()
 void CString::Append(char const * text) { Append(text, lengthOf(text)); }
 
 void CString::Append(char const * added, int length) {
-    if (length < 0) {
-        throw std::bad_alloc();
-    }
+    requireBytes(added, length);
     if (length == 0) {
         return;
     }
@@ -345,15 +360,11 @@ CString operator+(CString const & left, CString const & right) {
 }
 
 CString operator+(CString const & left, char const * right) {
-    std::string_view const text = viewOf(right);
-    return CString::concatenate(left.data_, left.GetLength(), text.empty() ? "" : text.data(),
-                                lengthOf(right));
+    return CString::concatenate(left.data_, left.GetLength(), right, lengthOf(right));
 }
 
 CString operator+(char const * left, CString const & right) {
-    std::string_view const text = viewOf(left);
-    return CString::concatenate(text.empty() ? "" : text.data(), lengthOf(left), right.data_,
-                                right.GetLength());
+    return CString::concatenate(left, lengthOf(left), right.data_, right.GetLength());
 }
 
 CString operator+(CString const & left, char right) {

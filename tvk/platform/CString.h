@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <cstddef>
 #include <cstring>
 
 #include "tvk/platform/Export.h"
@@ -22,16 +23,15 @@
 ///            the operation changes.
 /// Threads:   the count is atomic, so copies of one text may be made and dropped on many threads;
 ///            a single CString object belongs to one thread at a time.
-/// Failure:   std::bad_alloc where memory is out or the length would pass 0x7fffffff bytes; the
-/// text
-///            then stays as it was.
+/// Failure:   std::bad_alloc where memory is out, a length is negative or would pass 0x7fffffff bytes;
+///            the text then stays as it was.
 class TVK_API CString {
 public:
-    CString() noexcept : data_(EMPTY.text) {}
+    CString() noexcept : data_(emptyText()) {}
     CString(CString const & other) noexcept : data_(other.data_) { share(); }
-    CString(CString && other) noexcept : data_(other.data_) { other.data_ = EMPTY.text; }
+    CString(CString && other) noexcept : data_(other.data_) { other.data_ = emptyText(); }
     CString(char const * text);
-    /// The first `length` bytes at `bytes`. A negative length throws std::bad_alloc.
+    /// The first `length` bytes at `bytes`, which may be null when there are none.
     CString(char const * bytes, int length);
     /// `count` times `character`; a count below 1 gives the empty text.
     explicit CString(char character, int count = 1);
@@ -120,6 +120,8 @@ private:
     static constexpr int UNCOUNTED = -1;
     static EmptyText EMPTY;
 
+    // Reckoned from the whole, so that the way back to the block stays inside one object.
+    static char * emptyText() noexcept { return reinterpret_cast<char *>(&EMPTY) + sizeof(Block); }
     Block * block() const noexcept { return reinterpret_cast<Block *>(data_ - sizeof(Block)); }
     void share() const noexcept {
         if (Block * const own = block(); own != &EMPTY.block) {
@@ -137,7 +139,7 @@ private:
             release(own);
         }
     }
-    static char * allocate(int capacity);
+    static char * allocate(int length);
     static void release(Block * block) noexcept;
     static CString concatenate(char const * left, int leftLength, char const * right,
                                int rightLength);

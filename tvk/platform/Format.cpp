@@ -1,10 +1,33 @@
 #include "tvk/platform/Format.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <new>
 
 #include "tvk/platform/CLocale.h"
 
 namespace tvk::platform {
+
+namespace {
+
+/// A second walk over the same arguments, ended also when an exception passes.
+struct ArgumentsCopy {
+    explicit ArgumentsCopy(va_list source) { va_copy(arguments, source); }
+    ArgumentsCopy(ArgumentsCopy const &) = delete;
+    ArgumentsCopy & operator=(ArgumentsCopy const &) = delete;
+    ~ArgumentsCopy() { va_end(arguments); }
+
+    va_list arguments;
+};
+
+CString failedFormat() {
+    if (errno == EOVERFLOW) {
+        throw std::bad_alloc();  // longer than any text can be
+    }
+    return CString();
+}
+
+}  // namespace
 
 #if defined(_WIN32)
 
@@ -25,18 +48,18 @@ int formatInto(char * output, std::size_t room, char const * format, va_list arg
 
 CString formatted(char const * format, va_list arguments) {
     char shortText[256];
-    va_list again;
-    va_copy(again, arguments);
+    ArgumentsCopy again(arguments);
     int const length = formatInto(shortText, sizeof shortText, format, arguments);
-    CString result;
-    if (length > 0 && length < static_cast<int>(sizeof shortText)) {
-        result = CString(shortText, length);
-    } else if (length > 0) {
-        char * const text = result.GetBuffer(length);
-        formatInto(text, static_cast<std::size_t>(length) + 1, format, again);
-        result.ReleaseBuffer(length);
+    if (length < 0) {
+        return failedFormat();
     }
-    va_end(again);
+    if (length < static_cast<int>(sizeof shortText)) {
+        return CString(shortText, length);
+    }
+    CString result;
+    char * const text = result.GetBuffer(length);
+    formatInto(text, static_cast<std::size_t>(length) + 1, format, again.arguments);
+    result.ReleaseBuffer(length);
     return result;
 }
 

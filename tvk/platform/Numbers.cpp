@@ -2,7 +2,6 @@
 
 #include <stdlib.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
@@ -10,12 +9,11 @@
 #include <limits>
 
 #include "tvk/platform/CLocale.h"
+#include "tvk/platform/CharacterClass.h"
 
 namespace tvk::platform {
 
 namespace {
-
-bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
 /// What from_chars and strtod read alike: digits first, so no space, no plus sign, no word, and the
 /// whole text taken, so no hexadecimal form. Out of range is left to strtod, which gives infinity.
@@ -56,11 +54,7 @@ double parseDouble(char const * text) {
 
 #endif
 
-int parseInt32(char const * text) {
-    return static_cast<int>(std::clamp<long long>(parseInt64(text, 10),
-                                                  std::numeric_limits<std::int32_t>::min(),
-                                                  std::numeric_limits<std::int32_t>::max()));
-}
+int parseInt32(char const * text) { return saturate32(parseInt64(text, 10)); }
 
 int truncateToInt32(double value) {
     // The comparison is written so that NaN fails it.

@@ -1,0 +1,14 @@
+#include <time.h>
+
+#include "tvk/platform/Clock.h"
+
+namespace tvk::platform {
+
+bool localTime(long long seconds, std::tm * brokenDown) {
+    __time64_t const time = seconds;
+    return _localtime64_s(brokenDown, &time) == 0;  // on failure it stores the -1s itself
+}
+
+long long makeTime(std::tm * brokenDown) { return _mktime64(brokenDown); }
+
+}  // namespace tvk::platform
