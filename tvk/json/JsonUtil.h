@@ -101,16 +101,6 @@ public:
                              unsigned int * byteCount);
 
 private:
-    struct JsonParsingContext;
-
-    static void initParsingContext(JsonParsingContext * context, char const * data,
-                                   unsigned int length, SimpleJsonHandler * handler,
-                                   void * userData, int options);
-    static void matchOneJsonValue(JsonParsingContext * context);
-    static void matchObjectFields(JsonParsingContext * context);
-    static void matchArrayElements(JsonParsingContext * context);
-    static unsigned int readStringValue(JsonParsingContext * context);
-    static int match4HexChar(JsonParsingContext * context);
     static int fastNextUtf8Char(char const * data, unsigned int length, unsigned int position,
                                 unsigned int * byteCount, char * bytes);
     static int fastNextUtf8Char4(char const * data, unsigned int length, unsigned int position,

@@ -1,0 +1,29 @@
+#pragma once
+
+/// TVK_PROCESSOR_X86: the vector sources for x86 processors are part of this build.
+#if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
+#define TVK_PROCESSOR_X86 1
+#else
+#define TVK_PROCESSOR_X86 0
+#endif
+
+#if TVK_PROCESSOR_X86 && defined(_MSC_VER)
+#include <intrin.h>
+#endif
+
+namespace tvk::platform {
+
+/// Whether the processor that runs this has SSE4.1 and what came before it.
+inline bool hasSse41() {
+#if !TVK_PROCESSOR_X86
+    return false;
+#elif defined(_MSC_VER)
+    int registers[4];
+    __cpuid(registers, 1);
+    return (registers[2] & (1 << 19)) != 0;
+#else
+    return __builtin_cpu_supports("sse4.1") != 0;
+#endif
+}
+
+}  // namespace tvk::platform
