@@ -8,8 +8,10 @@
 /// The process's narrow code page, and the road between it and UTF-8.
 ///
 /// Code pages: 932 (Windows-31J, the default), 1252, 28591 (ISO 8859-1) and 65001 (UTF-8).
-/// Threads:    the setting is one atomic number; the conversions keep no state. Set it once, before
-///             other threads convert.
+/// Threads:    the setting is one atomic number; the conversions keep no other state. Set it once,
+///             before other threads convert.
+/// Failure:    no text is refused. std::bad_alloc where memory is out or a result would pass
+///             0x7fffffff bytes.
 namespace tvk::platform {
 
 TVK_API unsigned int ansiCodePage();
@@ -25,11 +27,13 @@ TVK_API bool setAnsiCodePage(unsigned int codePage);
 TVK_API CString utf8ToAnsi(void const * text, unsigned int size);
 
 /// Brings text in the code page to UTF-8. In 932 an undefined pair, a cut lead byte or a wrong
-/// trail byte is one U+30FB and takes the trail byte with it, but for a trail of 00.
+/// trail byte is one U+30FB and takes the trail byte with it, but for a trail of 00. With 65001 bad
+/// sequences are replaced.
 TVK_API CString ansiToUtf8(void const * text, unsigned int size);
 
-/// The same into the caller's room. Room: UTF8_TO_ANSI_ROOM or ANSI_TO_UTF8_ROOM bytes for each
-/// byte of `text`. No NUL is added. Returns the bytes written.
+/// The same into the caller's room of UTF8_TO_ANSI_ROOM or ANSI_TO_UTF8_ROOM bytes for each byte of
+/// `text`, which the room must not overlap. No NUL is added, and what stands in the room behind the
+/// result is undefined. Returns the bytes of the result.
 constexpr std::size_t UTF8_TO_ANSI_ROOM = 3;
 constexpr std::size_t ANSI_TO_UTF8_ROOM = 3;
 TVK_API std::size_t utf8ToAnsi(void const * text, std::size_t size, char * output);
