@@ -14,7 +14,7 @@
 #endif
 
 /// Narrow text, the text type of every interface: reference-counted, copy on write, one pointer in
-/// size. The empty text needs no allocation.
+/// size. The empty text needs no allocation, and a text that was moved from is empty.
 ///
 /// Content:   bytes of any value, NUL included; lengths and positions are in bytes. A NUL stands
 ///            behind the last byte, so the text can be handed to functions that want one.
