@@ -70,10 +70,13 @@ public:
     /// `text` consumed and stores the bytes written in `*written` when that is not null. A NUL ends
     /// the text. `options`: JSON_ESCAPE_SLASH.
     ///
-    /// Room: with an `outputSize` above twice `length` everything is written. With less, the text
-    /// may be cut, and a line feed or an unescaped slash at the end of the room is still written,
-    /// up to 2 bytes beyond it: `output` must then hold `outputSize` + 2 bytes. Failure:
-    /// XParsingError on invalid UTF-8.
+    /// Room:    with an `outputSize` above twice `length` everything is written. With less, the text
+    ///          may be cut; line feeds and unescaped slashes that come next at the end of the room
+    ///          are still written, beyond it too. So `output` must hold `outputSize` or twice
+    ///          `length` bytes, whichever is more; within the room, bytes behind those written may
+    ///          change.
+    /// Failure: XParsingError on invalid UTF-8. Bad trail bytes are noticed only within the last
+    ///          bytes of the room.
     static unsigned int writeUnquotedJsonStringValue(char const * text, unsigned int length,
                                                      char * output, unsigned int outputSize,
                                                      unsigned int * written, int options);
