@@ -27,7 +27,10 @@ public:
     static constexpr unsigned int HASH_CODE_INITIAL_VALUE = 1402737925;
     static constexpr int MAX_HASH_ATTEMPTS = 4;
 
-    /// Decides how bytes become values. Each operation returns a new object of count 0, never null.
+    /// Decides how bytes become values. Each operation returns a new object of count 0, or null
+    /// when it cannot allocate one, which the look-up turns into std::bad_alloc. It may throw; the
+    /// cache then stands as if the look-up had found no place, but a replaced value is gone.
+    /// Requires: it does not call the cache that calls it.
     class TVK_API RawDataToObjectConverter {
     public:
         virtual ~RawDataToObjectConverter();
@@ -39,7 +42,8 @@ public:
     };
 
     /// Strings: UTF-8 brought to the application's code page. Numbers: a 64-bit integer, saturated,
-    /// or a double, with the raw text as text form.
+    /// or a double, with the raw text as text form; an integer clears errno. Null where memory is
+    /// out.
     class TVK_API DefaultRawDataToObjectConverter : public RawDataToObjectConverter {
     public:
         FieldValue * stringFromRawData(void const * data, unsigned int size) override;
@@ -80,16 +84,18 @@ public:
     /// were hit lately. Requires: `capacity` is a power of two.
     void setCapacity(unsigned int capacity);
     /// clear(), and the capacity becomes MIN_OBJECT_CACHE_SIZE: the one way to give memory back.
-    /// Requires: capacity() >= MIN_OBJECT_CACHE_SIZE.
     void purgeMemory();
 
 private:
     struct Entry;
+    struct Arrays;
 
     RefCountedPtr<FieldValue> internalCachedObject(FieldTypeEnum type, unsigned int hash,
                                                    void const * data, unsigned int size,
                                                    void const * fractionStart,
                                                    void const * exponentStart);
+    void age();
+    void replaceArrays(Arrays & arrays, unsigned int capacity);
 
     RawDataToObjectConverter * converter_;
     Entry * entries_ = nullptr;
