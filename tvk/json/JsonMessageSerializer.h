@@ -44,16 +44,17 @@ public:
     unsigned int capacity() const { return capacity_; }
 
 private:
+    /// Reallocates to exactly `size` when that exceeds the capacity.
     void ensureBufferSize(unsigned int size);
+    void writePrefix(void const * prefix, unsigned int prefixSize);
+    // Each writes at `position`, lets the buffer grow through the two pointers, and returns the
+    // bytes written.
     static unsigned int internalWriteRecordData(char ** buffer, unsigned int position,
                                                 unsigned int * capacity, RecordData const & record,
-                                                int options, int depth);
+                                                int options);
     static unsigned int internalWriteListData(char ** buffer, unsigned int position,
                                               unsigned int * capacity, ListData const & list,
-                                              int options, int depth);
-    static unsigned int internalWriteOneValue(char ** buffer, unsigned int position,
-                                              unsigned int * capacity, FieldValue const * value,
-                                              int options, int depth);
+                                              int options);
 
     char * buffer_;
     unsigned int capacity_;
