@@ -233,6 +233,13 @@ struct Truncation32Row {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 
+TEST(Numbers, DeliberateTruncationGivesTheSmallestValueOutOfRange) {
+    EXPECT_EQ(truncateToInt32(1e10), INT_LOWEST);
+    EXPECT_EQ(truncateToInt32(NOT_A_NUMBER), INT_LOWEST);
+    EXPECT_EQ(truncateToInt64(1e20), LONG_LOWEST);
+    EXPECT_EQ(truncateToInt64(NOT_A_NUMBER), LONG_LOWEST);
+}
+
 TEST(Numbers, TruncatesDoublesTo32Bits) {
     Truncation32Row const rows[] = {
         {0.0, 0},

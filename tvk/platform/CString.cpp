@@ -243,6 +243,7 @@ int CString::ReverseFind(char character) const noexcept {
 CString CString::Mid(int first) const { return Mid(first, GetLength()); }
 
 CString CString::Mid(int first, int count) const {
+    // Deliberate: a first below 0 does not shorten the count; callers cut the front of a text this way.
     int const begin = std::clamp(first, 0, GetLength());
     int const kept = std::clamp(count, 0, GetLength() - begin);
     return kept == GetLength() ? *this : CString(data_ + begin, kept);

@@ -57,7 +57,8 @@ double parseDouble(char const * text) {
 int parseInt32(char const * text) { return saturate32(parseInt64(text, 10)); }
 
 int truncateToInt32(double value) {
-    // The comparison is written so that NaN fails it.
+    // Deliberate: out of range gives the smallest value, not the nearest: it is what the processors
+    // gave on which the callers were written. NaN fails the comparison too.
     return value > -2147483649.0 && value < 2147483648.0 ? static_cast<std::int32_t>(value)
                                                          : std::numeric_limits<std::int32_t>::min();
 }
