@@ -381,21 +381,46 @@ private:
         }
         while (text.at != end_ && isLead(*text.at)) {
             unsigned int const size = sequenceLength(text.at);
-            unsigned int codePoint = leadPayload(*text.at, size);
-            for (unsigned int i = 1; i < size; ++i) {
-                codePoint = codePoint << 6 | (static_cast<unsigned char>(text.at[i]) & 0x3Fu);
+            unsigned int const codePoint = readSequence(size, &text);
+            if (codePoint == '\\') {
+                return readEscape(text.at, text, text.at + size);
             }
             if (codePoint == '"' || codePoint == 0) {
                 return text;
             }
-            if (codePoint == '\\') {
-                return readEscape(text.at, text, text.at + size);
-            }
-            for (unsigned int i = 0; i < size; ++i) {
-                text.append(*text.at++);
-            }
         }
         return text;
+    }
+
+    static unsigned int readSequence(unsigned int size, Text * text) {
+        switch (size) {
+            case 2:
+                return readSequence<2>(text);
+            case 3:
+                return readSequence<3>(text);
+            case 4:
+                return readSequence<4>(text);
+            case 5:
+                return readSequence<5>(text);
+            default:
+                return readSequence<6>(text);
+        }
+    }
+
+    /// The code point. The sequence is taken unless the code point is one that has a meaning.
+    template <unsigned int SIZE>
+    static unsigned int readSequence(Text * text) {
+        unsigned int codePoint = static_cast<unsigned char>(*text->at) & (0x7Fu >> SIZE);
+        for (unsigned int i = 1; i < SIZE; ++i) {
+            codePoint = codePoint << 6 | (static_cast<unsigned char>(text->at[i]) & 0x3Fu);
+        }
+        if (codePoint != '\\' && codePoint != '"' && codePoint != 0) {
+            for (unsigned int i = 0; i < SIZE; ++i) {
+                text->append(text->at[i]);
+            }
+            text->at += SIZE;
+        }
+        return codePoint;
     }
 
     /// Of the sequence at `at`, which is known to fit the data.
@@ -419,10 +444,6 @@ private:
                : lead < 0xFC ? 5
                : lead < 0xFE ? 6
                              : 0;
-    }
-
-    static unsigned int leadPayload(char lead, unsigned int size) {
-        return static_cast<unsigned char>(lead) & (0x7Fu >> size);
     }
 
     /// `at` is behind the backslash, which may be one of more than one byte.
