@@ -5,7 +5,8 @@ packages_run=(g++ cmake ninja-build ccache)
 packages_test=("${packages_run[@]}" pkg-config libgtest-dev libgmock-dev)
 packages_ci=("${packages_test[@]}" clang clang-format clang-tidy libclang-rt-14-dev libfuzzer-14-dev)
 packages_bench=("${packages_run[@]}" pkg-config libbenchmark-dev rapidjson-dev libyajl-dev
-    libsimdjson-dev nlohmann-json3-dev libjsoncpp-dev libboost1.81-dev libboost-json1.81-dev)
+    libsimdjson-dev nlohmann-json3-dev libjsoncpp-dev libboost1.81-dev libboost-json1.81-dev
+    libutfcpp-dev)
 
 # package_is_here PACKAGE: a tool counts however it was installed, a library is asked of dpkg.
 # Without dpkg a library is left to CMake, which names what it does not find.

@@ -1,0 +1,166 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tvk/values/FieldValue.h"
+#include "tvk/values/RefCountedPtr.h"
+
+/// The works that are measured, each as an interface that tvk and its peers stand behind. A call
+/// covers a whole document or list, so that the virtual call does not show.
+namespace tvk::bench {
+
+/// The hash that a cache of values wants: the scanner's own. Peers run this loop over their texts.
+inline std::uint32_t hashOf(char const * text, std::size_t length) {
+    std::uint32_t hash = 1402737925;
+    for (std::size_t i = 0; i < length; ++i) {
+        hash = hash * 33 + static_cast<std::uint32_t>(static_cast<signed char>(text[i]));
+    }
+    return hash;
+}
+
+/// The same, for a parser that does not leave the text in one terminated piece by itself.
+inline std::uint32_t copyAndHash(char * output, char const * text, std::size_t length,
+                                 std::uint32_t hash = 1402737925) {
+    for (std::size_t i = 0; i < length; ++i) {
+        output[i] = text[i];
+        hash = hash * 33 + static_cast<std::uint32_t>(static_cast<signed char>(text[i]));
+    }
+    return hash;
+}
+
+/// What a scan tells, in little time. The mix holds the order of all events, the lengths of the
+/// names and the hashes of strings and numbers.
+struct EventSum {
+    std::uint64_t mix = 0;
+    std::uint64_t events = 0;
+    std::uint64_t textBytes = 0;
+
+    void add(std::uint32_t what, std::size_t length = 0) {
+        mix = std::rotl(mix, 5) ^ what;
+        ++events;
+        textBytes += length;
+    }
+    void startObject() { add(1); }
+    void endObject() { add(2); }
+    void startArray() { add(3); }
+    void endArray() { add(4); }
+    void name(std::size_t length) { add(5 + static_cast<std::uint32_t>(length) * 8, length); }
+    void string(std::uint32_t hash, std::size_t length) { add(hash ^ 0x10000000U, length); }
+    void number(std::uint32_t hash, std::size_t length) { add(hash ^ 0x20000000U, length); }
+    void boolean(bool value) { add(value ? 6 : 7); }
+    void null() { add(8); }
+};
+
+/// Bytes to events: every name and string decoded, in one piece; every string value and number
+/// hashed.
+class Scanner {
+public:
+    virtual ~Scanner() = default;
+    /// False: does not hash, so only the counts of its sums are compared.
+    virtual bool hashes() const { return true; }
+    virtual void scan(std::string_view document, EventSum & sum) = 0;
+};
+
+/// What a tree holds, whatever order its members come in. Nulls do not count: tvk's messages hold
+/// none. Numbers count as floats, since not all readers round the last bit of a double alike.
+class TreeSum {
+public:
+    static std::uint64_t ofText(std::string_view text);
+    static std::uint64_t ofNumber(double value);
+    static std::uint64_t ofBoolean(bool value);
+    static std::uint64_t ofMember(std::string_view name, std::uint64_t value);
+    /// Sums of 0 stand for nulls and do not enter.
+    static std::uint64_t ofElement(std::uint64_t before, std::uint64_t value);
+    static constexpr std::uint64_t EMPTY_LIST = 0x9E3779B97F4A7C15U;
+    static constexpr std::uint64_t EMPTY_RECORD = 0xC2B2AE3D27D4EB4FU;
+};
+
+/// Text to a tree, and the end of that tree.
+class Reader {
+public:
+    virtual ~Reader() = default;
+    virtual void read(std::string_view document) = 0;
+    /// The sum of the document's tree.
+    virtual std::uint64_t sum(std::string_view document) = 0;
+};
+
+/// Trees to text.
+class Writer {
+public:
+    virtual ~Writer() = default;
+    /// Builds the trees, which are kept.
+    virtual void load(std::vector<std::string_view> const & documents) = 0;
+    /// The text of one of them, which holds until the next call.
+    virtual std::string_view write(std::size_t index) = 0;
+};
+
+/// The key of an interning table.
+struct TextKey {
+    std::string_view text;
+    std::uint32_t hash;
+};
+
+using ValuePtr = RefCountedPtr<FieldValue>;
+
+/// Key to shared value. All peers return a counted pointer.
+class Interner {
+public:
+    virtual ~Interner() = default;
+    virtual void insert(TextKey const & key, ValuePtr const & value) = 0;
+    /// How many of the keys were found: looks them all up, one after the other.
+    virtual std::size_t findAll(std::span<TextKey const> keys) = 0;
+};
+
+/// Conversion between the code page 932 and UTF-8. Results hold until the next call.
+class CodePageConverter {
+public:
+    virtual ~CodePageConverter() = default;
+    virtual std::string_view toCodePage(std::string_view utf8) = 0;
+    virtual std::string_view toUtf8(std::string_view text) = 0;
+};
+
+/// UTF-8 to code points.
+class Utf8Decoder {
+public:
+    virtual ~Utf8Decoder() = default;
+    /// The sum of all code points, decoded one by one.
+    virtual std::uint64_t decode(std::string_view text) = 0;
+    /// False: has no count of its own.
+    virtual bool counts() const { return true; }
+    virtual std::size_t count(std::string_view text) = 0;
+};
+
+/// A way to do a work, by name. `make` is called whenever its row is run.
+template <class Work>
+struct Peer {
+    std::string name;
+    std::unique_ptr<Work> (*make)();
+    /// True: keeps only texts of the code page 932, so it sits out the corpora that hold others.
+    bool japaneseOnly = false;
+};
+
+/// The first of each work is tvk's, which all others must agree with before they are timed.
+struct Peers {
+    std::vector<Peer<Scanner>> scanners;
+    std::vector<Peer<Reader>> readers;
+    std::vector<Peer<Writer>> writers;
+    std::vector<Peer<Interner>> interners;
+    std::vector<Peer<CodePageConverter>> codePageConverters;
+    std::vector<Peer<Utf8Decoder>> utf8Decoders;
+};
+
+template <class Implementation, class Work>
+void addPeer(std::vector<Peer<Work>> & peers, char const * name, bool japaneseOnly = false) {
+    peers.push_back({name,
+                     []() -> std::unique_ptr<Work> { return std::make_unique<Implementation>(); },
+                     japaneseOnly});
+}
+
+}  // namespace tvk::bench

@@ -1,0 +1,61 @@
+#include <benchmark/benchmark.h>
+
+#include "bench/Rows.h"
+#include "bench/peers/Peers.h"
+
+namespace {
+
+tvk::bench::Peers allPeers() {
+    using namespace tvk::bench;
+    Peers peers;
+    addTvk(peers);
+    addStdUnorderedMap(peers);
+#if defined(TVK_BENCH_HAS_RAPIDJSON)
+    addRapidJson(peers);
+#endif
+#if defined(TVK_BENCH_HAS_YAJL)
+    addYajl(peers);
+#endif
+#if defined(TVK_BENCH_HAS_SIMDJSON)
+    addSimdjson(peers);
+#endif
+#if defined(TVK_BENCH_HAS_BOOST_JSON)
+    addBoostJson(peers);
+#endif
+#if defined(TVK_BENCH_HAS_NLOHMANN)
+    addNlohmann(peers);
+#endif
+#if defined(TVK_BENCH_HAS_JSONCPP)
+    addJsonCpp(peers);
+#endif
+#if defined(TVK_BENCH_HAS_BOOST_FLAT_MAP)
+    addBoostFlatMap(peers);
+#endif
+#if defined(TVK_BENCH_HAS_ICONV)
+    addIconv(peers);
+#endif
+#if defined(TVK_BENCH_HAS_UTFCPP)
+    addUtfcpp(peers);
+#endif
+#if defined(TVK_BENCH_HAS_BOOST_LOCALE)
+    addBoostLocale(peers);
+#endif
+    return peers;
+}
+
+}  // namespace
+
+int main(int argc, char ** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 2;
+    }
+    tvk::bench::Peers const peers = allPeers();
+    tvk::bench::addJsonRows(peers);
+    tvk::bench::addCacheRows(peers);
+    tvk::bench::addCodePageRows(peers);
+    tvk::bench::addUtf8Rows(peers);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

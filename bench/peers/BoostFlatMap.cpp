@@ -1,0 +1,22 @@
+#include <boost/container_hash/hash.hpp>
+#include <boost/unordered/unordered_flat_map.hpp>
+
+#include "bench/peers/MapInterner.h"
+#include "bench/peers/Peers.h"
+
+namespace tvk::bench {
+
+namespace {
+
+template <class Hash>
+using FlatMap = MapInterner<boost::unordered_flat_map<TextKey, ValuePtr, Hash, SameText>>;
+
+}  // namespace
+
+void addBoostFlatMap(Peers & peers) {
+    addPeer<FlatMap<GivenHash>>(peers.interners, "boost_flat_map");
+    addPeer<FlatMap<OwnHash<boost::hash<std::string_view>>>>(peers.interners,
+                                                             "boost_flat_map_own_hash");
+}
+
+}  // namespace tvk::bench

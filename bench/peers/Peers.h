@@ -1,0 +1,41 @@
+#pragma once
+
+#include "bench/Work.h"
+
+/// One function a source file beside this header. Those whose library is not there are not built.
+namespace tvk::bench {
+
+void addTvk(Peers & peers);
+void addStdUnorderedMap(Peers & peers);
+#if defined(TVK_BENCH_HAS_RAPIDJSON)
+void addRapidJson(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_YAJL)
+void addYajl(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_SIMDJSON)
+void addSimdjson(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_BOOST_JSON)
+void addBoostJson(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_NLOHMANN)
+void addNlohmann(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_JSONCPP)
+void addJsonCpp(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_BOOST_FLAT_MAP)
+void addBoostFlatMap(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_ICONV)
+void addIconv(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_UTFCPP)
+void addUtfcpp(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_BOOST_LOCALE)
+void addBoostLocale(Peers & peers);
+#endif
+
+}  // namespace tvk::bench
