@@ -11,19 +11,21 @@ namespace tvk::platform::data {
 extern char16_t const SINGLES_932[128];
 extern char16_t const SINGLES_1252[128];
 
-/// Reading 932: the row of the lead byte minus 80, then the trail byte minus FIRST_TRAIL_932. Row 0
-/// is empty; it is that of every byte that begins no character of two bytes.
+/// Reading 932: the row of the lead byte minus 80 starts at the number given, and in it stands the
+/// character at the trail byte minus FIRST_TRAIL_932. The first row is empty; it is that of every
+/// byte that begins no character of two bytes.
 constexpr std::size_t FIRST_TRAIL_932 = 0x40;
 constexpr std::size_t TRAILS_932 = 0xFC - FIRST_TRAIL_932 + 1;
-extern std::uint8_t const ROW_OF_LEAD_932[128];
-extern char16_t const ROWS_932[][TRAILS_932];
+extern std::uint16_t const ROW_OF_LEAD_932[128];
+extern char16_t const ROWS_932[];
 
-/// Writing 932: a page is found by all bits that the bytes of the UTF-8 form carry but for those of
-/// the last byte, which are the place in the page. Page 0 is empty; overlong forms and surrogates
-/// lead there. A code above FF is a lead byte and a trail byte.
+/// Writing 932: the page that is found by all bits that the bytes of the UTF-8 form carry, but for
+/// the last byte, starts at the number given; the last six bits are the place in the page. The
+/// first page is empty; overlong forms and surrogates lead there. A code above FF is a lead byte
+/// and a trail byte.
 extern std::uint16_t const PAGE_OF_TWO_BYTES_932[32];
 extern std::uint16_t const PAGE_OF_THREE_BYTES_932[1024];
-extern std::uint16_t const PAGES_932[][64];
+extern std::uint16_t const PAGES_932[];
 
 /// A character and the mark behind it that are written as one code. Sorted by mark, then base.
 struct Composition {

@@ -28,34 +28,31 @@ struct Place {
     char * out;
 };
 
+// Eight bytes, the first in the lowest place.
 std::uint64_t blockAt(Byte const * in) {
     std::uint64_t block;
     std::memcpy(&block, in, sizeof block);
-    return block;
-}
-
-std::ptrdiff_t asciiBytesBefore(std::uint64_t highBits) {
-    int const bits = std::endian::native == std::endian::little ? std::countr_zero(highBits)
-                                                                : std::countl_zero(highBits);
-    return bits / 8;
+    return std::endian::native == std::endian::little ? block : __builtin_bswap64(block);
 }
 
 // Goes on to the first byte of 0x80 or above. A block is stored before it is looked at: the room is
 // never smaller than the rest of the text.
 inline Place copyAscii(Place place, Byte const * end) {
     constexpr std::ptrdiff_t BLOCK = sizeof(std::uint64_t);
+    if (end - place.in >= 2 && place.in[0] < 0x80 && place.in[1] >= 0x80) {
+        *place.out = static_cast<char>(*place.in);
+        return {place.in + 1, place.out + 1};
+    }
     for (; end - place.in >= 2 * BLOCK; place.in += 2 * BLOCK, place.out += 2 * BLOCK) {
-        std::uint64_t const blocks[2] = {blockAt(place.in), blockAt(place.in + BLOCK)};
-        if (((blocks[0] | blocks[1]) & HIGH_BITS) != 0) {
+        if (((blockAt(place.in) | blockAt(place.in + BLOCK)) & HIGH_BITS) != 0) {
             break;
         }
-        std::memcpy(place.out, blocks, sizeof blocks);
+        std::memcpy(place.out, place.in, 2 * BLOCK);
     }
     for (; end - place.in >= BLOCK; place.in += BLOCK, place.out += BLOCK) {
-        std::uint64_t const block = blockAt(place.in);
-        std::memcpy(place.out, &block, sizeof block);
-        if ((block & HIGH_BITS) != 0) {
-            std::ptrdiff_t const count = asciiBytesBefore(block & HIGH_BITS);
+        std::memcpy(place.out, place.in, BLOCK);
+        if (std::uint64_t const high = blockAt(place.in) & HIGH_BITS; high != 0) {
+            std::ptrdiff_t const count = std::countr_zero(high) / 8;
             return {place.in + count, place.out + count};
         }
     }
@@ -65,8 +62,8 @@ inline Place copyAscii(Place place, Byte const * end) {
     return place;
 }
 
-// ASCII in blocks, and `other(Place)` for each character that is not. It is called at a byte of
-// 0x80 or above.
+// ASCII in blocks, and `other(place, end)` at each byte of 0x80 or above that follows: it takes at
+// least one character.
 template <class Other>
 std::size_t convert(void const * text, std::size_t size, char * output, Other other) {
     auto const * const begin = static_cast<Byte const *>(text);
@@ -128,13 +125,18 @@ char32_t characterBefore(Byte const * begin, Byte const * in) {
     return REPLACEMENT;
 }
 
-// `unit` is 0x80 or above and no surrogate.
+// `unit` is 0x800 or above and no surrogate.
+inline char * putUtf8Of3(char * out, unsigned unit) {
+    out[0] = static_cast<char>(0xE0 | unit >> 12);
+    out[1] = static_cast<char>(0x80 | (unit >> 6 & 0x3F));
+    out[2] = static_cast<char>(0x80 | (unit & 0x3F));
+    return out + 3;
+}
+
+// The same with 0x80 or above.
 inline char * putUtf8(char * out, unsigned unit) {
     if (unit >= 0x800) {
-        out[0] = static_cast<char>(0xE0 | unit >> 12);
-        out[1] = static_cast<char>(0x80 | (unit >> 6 & 0x3F));
-        out[2] = static_cast<char>(0x80 | (unit & 0x3F));
-        return out + 3;
+        return putUtf8Of3(out, unit);
     }
     out[0] = static_cast<char>(0xC0 | unit >> 6);
     out[1] = static_cast<char>(0x80 | (unit & 0x3F));
@@ -161,7 +163,7 @@ struct Windows31J {
         }
         unsigned const page = character < 0x800 ? data::PAGE_OF_TWO_BYTES_932[character >> 6]
                                                 : data::PAGE_OF_THREE_BYTES_932[character >> 6];
-        return data::PAGES_932[page][character & 0x3F];
+        return data::PAGES_932[page + (character & 0x3F)];
     }
     static bool composes(data::Composition const &) { return true; }
     static constexpr std::span<data::Composition const> COMPOSITIONS{data::COMPOSITIONS_932};
@@ -244,60 +246,109 @@ std::size_t writeSingleBytes(void const * text, std::size_t size, char * output)
     });
 }
 
-// The code of the character of two or three bytes at `place`, found without decoding it; 0 sends it
-// to the careful road. A code here comes from a well-formed character.
-inline unsigned codeOfShape3(Byte const * in) {
-    unsigned const middle = in[1] ^ 0x80U;
-    unsigned const last = in[2] ^ 0x80U;
-    if ((in[0] & 0xF0) != 0xE0 || (middle | last) > 0x3F) {
-        return 0;
-    }
-    return data::PAGES_932[data::PAGE_OF_THREE_BYTES_932[(in[0] & 0xFU) << 6 | middle]][last];
+// Characters are found in the tables by the bits of their bytes, without decoding them. Where there
+// is a code, the character was well formed; all else goes the careful road.
+
+constexpr unsigned SHAPE_OF_3_MASK = 0xC0C0F0;
+constexpr unsigned SHAPE_OF_3 = 0x8080E0;
+
+// `bytes` has the shape of a character of three bytes, the first in the lowest place.
+inline unsigned codeOf3(std::uint64_t bytes) {
+    unsigned const page = data::PAGE_OF_THREE_BYTES_932[(bytes & 0xF) << 6 | (bytes >> 8 & 0x3F)];
+    return data::PAGES_932[page + (bytes >> 16 & 0x3F)];
 }
 
-inline unsigned codeOfShape2(Byte const * in) {
-    unsigned const last = in[1] ^ 0x80U;
-    if ((in[0] & 0xE0) != 0xC0 || last > 0x3F) {
-        return 0;
+// Two characters of three bytes at a time.
+inline Place writePairs(Place place, Byte const * end) {
+    constexpr std::uint64_t MASK = std::uint64_t{SHAPE_OF_3_MASK} << 24 | SHAPE_OF_3_MASK;
+    constexpr std::uint64_t SHAPE = std::uint64_t{SHAPE_OF_3} << 24 | SHAPE_OF_3;
+    for (; end - place.in >= 8; place.in += 6) {
+        std::uint64_t const block = blockAt(place.in);
+        if ((block & MASK) != SHAPE) {
+            break;
+        }
+        unsigned const first = codeOf3(block);
+        unsigned const second = codeOf3(block >> 24);
+        if (first == 0 || second == 0) {
+            break;
+        }
+        place.out = putCode(putCode(place.out, first), second);
     }
-    return data::PAGES_932[data::PAGE_OF_TWO_BYTES_932[in[0] & 0x1FU]][last];
+    return place;
+}
+
+inline Place write932Character(Byte const * begin, Place place, Byte const * end) {
+    Byte const * const in = place.in;
+    if (end - in >= 3) {
+        unsigned const bytes = in[0] | unsigned{in[1]} << 8 | unsigned{in[2]} << 16;
+        if ((bytes & SHAPE_OF_3_MASK) == SHAPE_OF_3) {
+            if (unsigned const code = codeOf3(bytes); code != 0) {
+                return {in + 3, putCode(place.out, code)};
+            }
+        }
+    }
+    if (end - in >= 2 && (in[0] & 0xE0) == 0xC0 && (in[1] & 0xC0) == 0x80) {
+        unsigned const page = data::PAGE_OF_TWO_BYTES_932[in[0] & 0x1F];
+        if (unsigned const code = data::PAGES_932[page + (in[1] & 0x3FU)]; code != 0) {
+            return {in + 2, putCode(place.out, code)};
+        }
+    }
+    return writeCharacter<Windows31J>(begin, place, end);
 }
 
 std::size_t write932(void const * text, std::size_t size, char * output) {
     auto const * const begin = static_cast<Byte const *>(text);
-    return convert(text, size, output, [begin](Place place, Byte const * end) -> Place {
-        if (end - place.in >= 3) {
-            if (unsigned const code = codeOfShape3(place.in); code != 0) {
-                return {place.in + 3, putCode(place.out, code)};
-            }
-        }
-        if (end - place.in >= 2) {
-            if (unsigned const code = codeOfShape2(place.in); code != 0) {
-                return {place.in + 2, putCode(place.out, code)};
-            }
-        }
-        return writeCharacter<Windows31J>(begin, place, end);
+    return convert(text, size, output, [begin](Place place, Byte const * end) {
+        Place const behindPairs = writePairs(place, end);
+        return behindPairs.in != place.in ? behindPairs : write932Character(begin, place, end);
     });
 }
 
+// The character of a lead byte and a trail byte; 0 if they have none.
+inline unsigned characterOfPair(unsigned lead, unsigned trail) {
+    std::size_t const place = trail - data::FIRST_TRAIL_932;
+    return place < data::TRAILS_932 ? data::ROWS_932[data::ROW_OF_LEAD_932[lead - 0x80] + place]
+                                    : 0U;
+}
+
+inline Place readPairs(Place place, Byte const * end) {
+    for (; end - place.in >= 2 && *place.in >= 0x80; place.in += 2) {
+        unsigned const unit = characterOfPair(place.in[0], place.in[1]);
+        if (unit < 0x800) {
+            break;
+        }
+        place.out = putUtf8Of3(place.out, unit);
+    }
+    return place;
+}
+
+inline Place readHalfWidthForms(Place place, Byte const * end) {
+    for (; place.in != end && *place.in - 0xA1U < 0x3F; ++place.in) {
+        place.out = putUtf8Of3(place.out, *place.in - 0xA1U + 0xFF61U);
+    }
+    return place;
+}
+
+Place read932Character(Place place, Byte const * end) {
+    bool const hasTrail = end - place.in >= 2;
+    if (hasTrail) {
+        if (unsigned const unit = characterOfPair(place.in[0], place.in[1]); unit != 0) {
+            return {place.in + 2, putUtf8(place.out, unit)};
+        }
+    }
+    if (char16_t const unit = data::SINGLES_932[*place.in - 0x80U]; unit != 0) {
+        return {place.in + 1, putUtf8(place.out, unit)};
+    }
+    // Deliberate: a wrong trail byte goes with its lead byte even where it is ASCII, as on the
+    // platform whose texts these are. Only NUL stays, so that no text loses its end.
+    bool const takesTrail = hasTrail && place.in[1] != 0;
+    return {place.in + (takesTrail ? 2 : 1), putUtf8(place.out, UNDEFINED_IN_932)};
+}
+
 std::size_t read932(void const * text, std::size_t size, char * output) {
-    return convert(text, size, output, [](Place place, Byte const * end) -> Place {
-        unsigned const lead = *place.in - 0x80U;
-        bool const hasTrail = end - place.in >= 2;
-        if (hasTrail && place.in[1] - data::FIRST_TRAIL_932 < data::TRAILS_932) {
-            std::size_t const trail = place.in[1] - data::FIRST_TRAIL_932;
-            if (char16_t const unit = data::ROWS_932[data::ROW_OF_LEAD_932[lead]][trail];
-                unit != 0) {
-                return {place.in + 2, putUtf8(place.out, unit)};
-            }
-        }
-        if (char16_t const unit = data::SINGLES_932[lead]; unit != 0) {
-            return {place.in + 1, putUtf8(place.out, unit)};
-        }
-        // Deliberate: a wrong trail byte goes with its lead byte even where it is ASCII, as on the
-        // platform whose texts these are. Only NUL stays, so that no text loses its end.
-        bool const takesTrail = hasTrail && place.in[1] != 0;
-        return {place.in + (takesTrail ? 2 : 1), putUtf8(place.out, UNDEFINED_IN_932)};
+    return convert(text, size, output, [](Place place, Byte const * end) {
+        Place const behindRun = readHalfWidthForms(readPairs(place, end), end);
+        return behindRun.in != place.in ? behindRun : read932Character(place, end);
     });
 }
 

@@ -103,47 +103,42 @@ def array(declaration, values):
     return f"\n{declaration} = {{\n{numbers(values, 4)}}};\n"
 
 
-def matrix(declaration, rows):
-    text = "".join("    {\n" + numbers(row, 8) + "    },\n" for row in rows)
-    return f"\n{declaration} = {{\n{text}}};\n"
-
-
 def composition_array(name, rows):
     text = "".join(f"    {{0x{mark:x}, 0x{base:x}, 0x{code:x}}},\n" for mark, base, code in rows)
     return f"\nComposition const {name}[{name}_COUNT] = {{\n{text}}};\n"
 
 
+def lines_and_starts(lines):
+    """The lines behind each other, equal ones once, an empty one first; and where each starts."""
+    flat, start_of = [0] * len(lines[0]), {(0,) * len(lines[0]): 0}
+    for line in map(tuple, lines):
+        if line not in start_of:
+            start_of[line] = len(flat)
+            flat += line
+    return flat, [start_of[tuple(line)] for line in lines]
+
+
 def reading_tables(characters):
-    """One row for each lead byte that begins a character at all; row 0 is that of all others."""
-    rows = [[0] * (LAST_TRAIL - FIRST_TRAIL + 1)]
-    row_of_lead = [0] * 128
-    for lead in LEAD_BYTES:
-        row = [characters.get(lead << 8 | trail, 0) for trail in range(FIRST_TRAIL, LAST_TRAIL + 1)]
-        row_of_lead[lead - 0x80] = rows.index(row) if row in rows else len(rows)
-        if row not in rows:
-            rows.append(row)
+    rows, starts = lines_and_starts(
+        [[characters.get(first << 8 | trail, 0) for trail in range(FIRST_TRAIL, LAST_TRAIL + 1)]
+         for first in range(0x80, 0x100)])
     singles = [characters.get(byte, 0) for byte in range(0x80, 0x100)]
     return (array("char16_t const SINGLES_932[128]", singles)
-            + array("std::uint8_t const ROW_OF_LEAD_932[128]", row_of_lead)
-            + matrix("char16_t const ROWS_932[][TRAILS_932]", rows))
+            + array("std::uint16_t const ROW_OF_LEAD_932[128]", starts)
+            + array("char16_t const ROWS_932[]", rows))
 
 
 def writing_tables(codes):
-    """Page 0 is that of all characters without a code."""
-    pages = [[0] * PAGE_SIZE]
-    page_of = []
-    for first in range(0, 0x10000, PAGE_SIZE):
-        page = [codes.get(character, 0) for character in range(first, first + PAGE_SIZE)]
-        page_of.append(pages.index(page) if page in pages else len(pages))
-        if page not in pages:
-            pages.append(page)
+    pages, starts = lines_and_starts(
+        [[codes.get(character, 0) for character in range(first, first + PAGE_SIZE)]
+         for first in range(0, 0x10000, PAGE_SIZE)])
     two_bytes, ascii_pages = 0x800 // PAGE_SIZE, 0x80 // PAGE_SIZE
     # Overlong forms must not find the characters that they stand for.
-    pages_2 = [0] * ascii_pages + page_of[ascii_pages:two_bytes]
-    pages_3 = [0] * two_bytes + page_of[two_bytes:]
-    return (array("std::uint16_t const PAGE_OF_TWO_BYTES_932[32]", pages_2)
-            + array("std::uint16_t const PAGE_OF_THREE_BYTES_932[1024]", pages_3)
-            + matrix(f"std::uint16_t const PAGES_932[][{PAGE_SIZE}]", pages))
+    starts_2 = [0] * ascii_pages + starts[ascii_pages:two_bytes]
+    starts_3 = [0] * two_bytes + starts[two_bytes:]
+    return (array("std::uint16_t const PAGE_OF_TWO_BYTES_932[32]", starts_2)
+            + array("std::uint16_t const PAGE_OF_THREE_BYTES_932[1024]", starts_3)
+            + array("std::uint16_t const PAGES_932[]", pages))
 
 
 def source():
