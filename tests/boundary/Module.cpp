@@ -1,0 +1,100 @@
+#include "tests/boundary/Module.h"
+
+#include "tvk/errors/KestrinConstants.h"
+#include "tvk/json/JsonUtil.h"
+#include "tvk/values/MappedRecordData.h"
+#include "tvk/values/StringData.h"
+
+namespace tvk::test {
+
+namespace {
+
+SeenAtLoad const SEEN_AT_LOAD{FieldValue::TRUE_VALUE, FieldValue::TRUE_VALUE->getRefCount(),
+                              KestrinConstants::WILDCARD, ErrorInfo::ErrorDomain_System};
+
+class ModuleRecord : public MappedRecordData {
+public:
+    explicit ModuleRecord(int * alive) : alive_(alive) { ++*alive_; }
+    CString toString() const override { return "a record of the module"; }
+
+private:
+    ~ModuleRecord() override { --*alive_; }
+
+    int * alive_;
+};
+
+class ModuleConverter : public SimpleObjectCache::RawDataToObjectConverter {
+public:
+    FieldValue * stringFromRawData(void const * data, unsigned int size) override {
+        CString text(static_cast<char const *>(data), static_cast<int>(size));
+        for (int i = 0; i < text.GetLength(); ++i) {
+            char const letter = text.GetAt(i);
+            if (letter >= 'a' && letter <= 'z') {
+                text.SetAt(i, static_cast<char>(letter - 'a' + 'A'));
+            }
+        }
+        return new StringData(text);
+    }
+    FieldValue * numberFromRawData(void const *, unsigned int, void const *,
+                                   void const *) override {
+        throw JsonUtil::XParsingError("no numbers here");
+    }
+};
+
+SimpleJsonHandler ignoringHandler() {
+    SimpleJsonHandler handler{};
+    handler.startObject = handler.endObject = handler.startArray = handler.endArray =
+        handler.nullValue = [](void *) { return 0; };
+    handler.fieldName = [](void *, char const *, unsigned int) { return 0; };
+    handler.stringValue = [](void *, unsigned int, char const *, unsigned int) { return 0; };
+    handler.booleanValue = [](void *, int) { return 0; };
+    handler.numberValue = [](void *, unsigned int, char const *, unsigned int, char const *,
+                             char const *) { return 0; };
+    return handler;
+}
+
+}  // namespace
+
+SeenAtLoad const & seenAtLoad() { return SEEN_AT_LOAD; }
+
+void throwParsingError(char const * message) { throw JsonUtil::XParsingError(message); }
+
+void throwErrorInfo(char const * message) {
+    ErrorInfo const cause(0, KestrinConstants::ErrorDomain_Kestrin,
+                          KestrinConstants::ERR_RequestTimeOut, "the cause", nullptr);
+    throw ErrorInfo(0, KestrinConstants::ErrorDomain_Kestrin,
+                    KestrinConstants::ERR_UnsupportedFunction, message, &cause);
+}
+
+std::string messageOfScanning(std::string const & json) {
+    SimpleJsonHandler handler = ignoringHandler();
+    try {
+        JsonUtil::parseOneJsonObject(json.data(), static_cast<unsigned int>(json.size()), &handler,
+                                     nullptr, 0);
+    } catch (JsonUtil::XParsingError const & error) {
+        return error.getErrorMessage();
+    }
+    return "";
+}
+
+std::string messageOfAskingForAList(FieldValue const & value) {
+    try {
+        static_cast<void>(value.asList());
+    } catch (char const * text) {
+        return text;
+    }
+    return "";
+}
+
+RefCountedPtr<RecordData> makeModuleRecord(int * alive) { return new ModuleRecord(alive); }
+
+bool isModuleRecord(FieldValue const & value) {
+    return dynamic_cast<ModuleRecord const *>(&value) != nullptr;
+}
+
+SimpleObjectCache::RawDataToObjectConverter * moduleConverter() {
+    static ModuleConverter converter;
+    return &converter;
+}
+
+}  // namespace tvk::test

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+
+#include "tvk/errors/ErrorInfo.h"
+#include "tvk/json/SimpleObjectCache.h"
+#include "tvk/values/FieldValue.h"
+#include "tvk/values/RecordData.h"
+#include "tvk/values/RefCountedPtr.h"
+
+/// What the module offers to the test program.
+#define TVK_MODULE_API __attribute__((visibility("default")))
+
+namespace tvk::test {
+
+/// What the module's static initialiser saw of the library's constants.
+struct SeenAtLoad {
+    FieldValue * trueValue;
+    int trueCount;
+    CString wildcard;
+    CString systemDomain;
+};
+
+TVK_MODULE_API SeenAtLoad const & seenAtLoad();
+
+TVK_MODULE_API void throwParsingError(char const * message);
+/// An ErrorInfo of code 24 with that message, and a cause of code 9.
+TVK_MODULE_API void throwErrorInfo(char const * message);
+
+/// The text of what the library throws when the module scans `json`; empty if it throws nothing.
+TVK_MODULE_API std::string messageOfScanning(std::string const & json);
+/// The text that the library throws for the list of a value that has none.
+TVK_MODULE_API std::string messageOfAskingForAList(FieldValue const & value);
+
+/// A record of a class of the module. Counts itself in `*alive`.
+TVK_MODULE_API RefCountedPtr<RecordData> makeModuleRecord(int * alive);
+/// True if the record is one of the module's own class.
+TVK_MODULE_API bool isModuleRecord(FieldValue const & value);
+
+/// A converter of the module: strings become upper case, and numbers are refused with a
+/// JsonUtil::XParsingError "no numbers here".
+TVK_MODULE_API SimpleObjectCache::RawDataToObjectConverter * moduleConverter();
+
+}  // namespace tvk::test
