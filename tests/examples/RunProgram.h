@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tvk::test {
+
+struct Input {
+    std::string text;
+    int secondsBeforeLastLine = 0;  ///< how long standard input stalls there
+};
+
+struct Outcome {
+    int exitStatus = -1;  ///< -1 if a signal ended the program
+    std::string out;
+    std::string err;
+};
+
+enum class ErrorsTo { PIPE, TERMINAL };
+
+/// Runs a program to its end on a stack of 8 MB. What is wrong with the running itself is a test
+/// failure.
+Outcome runProgram(std::string const & program, std::vector<std::string> const & arguments,
+                   Input const & input = {}, ErrorsTo errorsTo = ErrorsTo::PIPE);
+
+}  // namespace tvk::test
