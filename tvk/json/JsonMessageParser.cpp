@@ -2,15 +2,18 @@
 
 #include <array>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/json/JsonUtil.h"
 #include "tvk/json/SimpleJsonHandler.h"
 #include "tvk/json/detail/JsonSpace.h"
+#include "tvk/json/detail/NameSequences.h"
 #include "tvk/values/ListDataImpl.h"
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/MappedRecordData.h"
+#include "tvk/values/detail/FieldMap.h"
 
 namespace tvk {
 
@@ -48,11 +51,23 @@ private:
 
 /// An open container, one of the two pointers being null. Entry 0 is the root, which the parser
 /// refers to. A deeper one has a count of 0 until it is attached to its parent, at its end.
+///
+/// A record is built in one of two ways. While its names follow a sequence that is known, its values
+/// wait in the parser and go into the record together, at its end. Where there is no such sequence,
+/// each field is set as it comes.
 struct OpenContainer {
     RecordData * record = nullptr;
     ListData * list = nullptr;
-    CString fieldName;  // the one seen last in this container
+    detail::FieldMap * fields = nullptr;                       // those of the record
+    detail::NameSequences::Sequence * names = nullptr;         // of the values that wait, or null
+    detail::NameSequences::Sequence * namesAndNext = nullptr;  // with the name seen last
+    CString fieldName;  // that name, where there is no sequence
+    std::size_t firstWaiting = 0;
 
+    /// The name seen last in this container.
+    CString const & lastName() const {
+        return namesAndNext != nullptr ? namesAndNext->name() : fieldName;
+    }
     FieldValue * value() const {
         return record != nullptr ? static_cast<FieldValue *>(record) : list;
     }
@@ -83,8 +98,12 @@ struct JsonMessageParser::Impl {
 
     void startObject();
     void startArray();
+    void endObject();
+    void takeName(char const * name, unsigned int length);
+    void attach(RefCountedPtr<FieldValue> value);
     void endContainer();
-    void attach(RefCountedPtr<FieldValue> const & value);
+    void storeWaiting(OpenContainer & container);
+    void setWaitingOneByOne(OpenContainer & container);
     void requireContainer() const {
         if (stack.empty()) {
             refuseScalar();
@@ -98,7 +117,9 @@ struct JsonMessageParser::Impl {
     SimpleObjectCache * cache;
     RefCountedPtr<FieldValue> root;
     std::vector<OpenContainer> stack;
-    NameTexts names;
+    detail::NameSequences sequences;
+    std::vector<RefCountedPtr<FieldValue>> waiting;  // those of the inner containers come last
+    NameTexts texts;
 
     // The input of the scan that runs.
     char const * data = nullptr;
@@ -144,17 +165,19 @@ JsonMessageParser::Impl::Impl(SimpleObjectCache * valueCache) : cache(valueCache
         return 0;
     };
     handler.endObject = [](void * userData) {
-        of(userData).endContainer();
+        of(userData).endObject();
         return 0;
     };
     handler.startArray = [](void * userData) {
         of(userData).startArray();
         return 0;
     };
-    handler.endArray = handler.endObject;
+    handler.endArray = [](void * userData) {
+        of(userData).endContainer();
+        return 0;
+    };
     handler.fieldName = [](void * userData, char const * name, unsigned int length) {
-        Impl & parser = of(userData);
-        parser.stack.back().fieldName = parser.names.textOf(name, length);
+        of(userData).takeName(name, length);
         return 0;
     };
     handler.stringValue = [](void * userData, unsigned int hash, char const * text,
@@ -192,6 +215,8 @@ void JsonMessageParser::Impl::reset(RefCountedPtr<FieldValue> const & newRoot) {
         RefCountedPtr<FieldValue> const endOfWhatWasMade(stack[i].value());
     }
     stack.clear();
+    waiting.clear();
+    sequences.forgetIfFull();
 }
 
 void JsonMessageParser::Impl::scan(decltype(JsonUtil::parseOneJsonValue) * entry,
@@ -205,15 +230,21 @@ void JsonMessageParser::Impl::scan(decltype(JsonUtil::parseOneJsonValue) * entry
 // The entry comes before the container: where there is no memory for the one, the other is not left
 // behind with nobody to end it.
 void JsonMessageParser::Impl::startObject() {
-    if (stack.empty()) {
-        if (root.isNull()) {
-            root = new MappedRecordData;
-        }
-        stack.emplace_back();
-        stack.back().record = &root->asRecord();
-    } else {
-        stack.emplace_back();
-        stack.back().record = new MappedRecordData;
+    bool const isMessage = stack.empty() && !root.isNull();
+    OpenContainer & entry = stack.emplace_back();
+    entry.names = sequences.empty();
+    entry.firstWaiting = waiting.size();
+    if (isMessage) {
+        auto * const message = static_cast<MappedMessage *>(root.get());
+        entry.record = message;
+        entry.fields = &detail::FieldMap::of(*message);
+        return;
+    }
+    auto * const record = new MappedRecordData;
+    entry.record = record;
+    entry.fields = &detail::FieldMap::of(*record);
+    if (stack.size() == 1) {
+        root = record;
     }
 }
 
@@ -224,8 +255,15 @@ void JsonMessageParser::Impl::startArray() {
         stack.back().list = &root->asList();
     } else {
         stack.emplace_back();
-        stack.back().list = new ListDataImpl(stack[stack.size() - 2].fieldName);
+        stack.back().list = new ListDataImpl(stack[stack.size() - 2].lastName());
     }
+}
+
+void JsonMessageParser::Impl::endObject() {
+    if (stack.back().names != nullptr) {
+        storeWaiting(stack.back());
+    }
+    endContainer();
 }
 
 void JsonMessageParser::Impl::endContainer() {
@@ -233,18 +271,50 @@ void JsonMessageParser::Impl::endContainer() {
         stack.pop_back();
         return;
     }
-    RefCountedPtr<FieldValue> const ended(stack.back().value());
+    RefCountedPtr<FieldValue> ended(stack.back().value());
     stack.pop_back();
-    attach(ended);
+    attach(std::move(ended));
 }
 
-void JsonMessageParser::Impl::attach(RefCountedPtr<FieldValue> const & value) {
+void JsonMessageParser::Impl::takeName(char const * name, unsigned int length) {
+    OpenContainer & top = stack.back();
+    if (top.names != nullptr) {
+        top.namesAndNext = sequences.extended(*top.names, name, length);
+        if (top.namesAndNext != nullptr) {
+            return;
+        }
+        setWaitingOneByOne(top);
+    }
+    top.fieldName = texts.textOf(name, length);
+}
+
+void JsonMessageParser::Impl::attach(RefCountedPtr<FieldValue> value) {
     OpenContainer & top = stack.back();
     if (top.list != nullptr) {
         top.list->addElement(value);
+    } else if (top.names != nullptr) {
+        waiting.push_back(std::move(value));
+        top.names = top.namesAndNext;
     } else {
         top.record->setFieldValue(top.fieldName, value);
     }
+}
+
+void JsonMessageParser::Impl::storeWaiting(OpenContainer & container) {
+    std::size_t const count = waiting.size() - container.firstWaiting;
+    if (count != 0) {
+        container.fields->adopt(container.names->shape(), &waiting[container.firstWaiting], count);
+        waiting.resize(container.firstWaiting);
+    }
+}
+
+void JsonMessageParser::Impl::setWaitingOneByOne(OpenContainer & container) {
+    std::vector<CString const *> const names = container.names->names();
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        container.fields->set(*names[i], waiting[container.firstWaiting + i]);
+    }
+    waiting.resize(container.firstWaiting);
+    container.names = nullptr;
 }
 
 /// A value outside of any container: the scanner takes it, this parser does not.

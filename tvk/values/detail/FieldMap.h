@@ -1,46 +1,68 @@
 #pragma once
 
 #include <map>
-#include <utility>
+#include <memory>
+#include <vector>
 
 #include "tvk/platform/CString.h"
-#include "tvk/values/FieldValue.h"
+#include "tvk/values/RecordData.h"
 #include "tvk/values/RefCountedPtr.h"
 #include "tvk/values/detail/DeferredRelease.h"
-
-namespace tvk {
-class RecordData;
-}
+#include "tvk/values/detail/FieldShape.h"
+#include "tvk/values/detail/MappedFields.h"
 
 namespace tvk::detail {
 
 /// The fields of a map-backed record, in ascending order of the names' bytes.
 ///
-/// Keys and values keep their addresses while the field exists: views of fields point at them.
+/// There are two forms. A record that its builder gave a shape holds its values beside the names
+/// that it shares with its like; the first change of the set of names, or a look at map(), turns it
+/// into a map of its own for good. Views of fields point at names: these keep their addresses while
+/// the field exists, so a record keeps its shape even then.
 class FieldMap {
 public:
-    using Map = std::map<CString, RefCountedPtr<FieldValue>>;
+    using Value = RefCountedPtr<FieldValue>;
+    using Map = std::map<CString, Value>;
+
+    /// The fields of a record, for builders inside the library.
+    template <class Interface>
+    static FieldMap & of(MappedFields<Interface> & record) {
+        return *record.fields_;
+    }
 
     FieldMap() = default;
-    FieldMap(FieldMap const &) = default;
+    FieldMap(FieldMap const & other);
     FieldMap & operator=(FieldMap const &) = delete;
     virtual ~FieldMap() = default;
 
-    Map & map() { return map_; }
-    Map const & map() const { return map_; }
+    std::size_t count() const { return values_ == nullptr ? map_.size() : shape_->count(); }
+    bool has(CString const & name) const;
+    std::vector<CString> names() const;
+    /// With `record` as the record of each.
+    std::vector<RecordData::Field> views(RecordData const & record) const;
+    Value get(CString const & name) const;
+    void set(CString const & name, Value const & value);
 
-    void set(CString const & name, RefCountedPtr<FieldValue> const & value) {
-        map_.try_emplace(name).first->second = value;
-    }
+    Map & map() { return ownMap(); }
+    Map const & map() const { return ownMap(); }
 
     /// Inserts each field of the source whose name is not here yet.
     void addMissing(RecordData const & source);
 
-    /// Releases all values; `end` is the one of the destructor that calls.
+    /// Gives an empty record all its fields: `arrival` holds the values in the order in which their
+    /// names came when the shape was made, and is left with null references. Where a name comes
+    /// again, the last value stands.
+    void adopt(std::shared_ptr<FieldShape const> shape, Value * arrival, std::size_t arrived);
+
+    /// Releases all values, the last field first; `end` is the one of the destructor that calls.
     void endAll(ContainerEnd & end);
 
 private:
-    Map map_;
+    Map & ownMap() const;
+
+    std::shared_ptr<FieldShape const> shape_;
+    mutable std::unique_ptr<Value[]> values_;  // one for each name of the shape; null: see map_
+    mutable Map map_;
 };
 
 }  // namespace tvk::detail

@@ -81,38 +81,27 @@ CString MappedFields<Interface>::toString() const {
 
 template <class Interface>
 bool MappedFields<Interface>::hasField(CString const & name) const {
-    return fields_->map().count(name) != 0;
+    return fields_->has(name);
 }
 
 template <class Interface>
 unsigned int MappedFields<Interface>::getFieldCount() const {
-    return static_cast<unsigned int>(fields_->map().size());
+    return static_cast<unsigned int>(fields_->count());
 }
 
 template <class Interface>
 std::vector<CString> MappedFields<Interface>::getFieldNames() const {
-    std::vector<CString> names;
-    names.reserve(fields_->map().size());
-    for (auto const & field : fields_->map()) {
-        names.push_back(field.first);
-    }
-    return names;
+    return fields_->names();
 }
 
 template <class Interface>
 std::vector<RecordData::Field> MappedFields<Interface>::getAllFields() const {
-    std::vector<RecordData::Field> views;
-    views.reserve(fields_->map().size());
-    for (auto const & field : fields_->map()) {
-        views.push_back({this, &field.first, field.second.get()});
-    }
-    return views;
+    return fields_->views(*this);
 }
 
 template <class Interface>
 RefCountedPtr<FieldValue> MappedFields<Interface>::getFieldValue(CString const & name) const {
-    auto const found = fields_->map().find(name);
-    return found == fields_->map().end() ? nullptr : found->second;
+    return fields_->get(name);
 }
 
 template <class Interface>

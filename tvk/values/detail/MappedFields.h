@@ -54,6 +54,8 @@ protected:
     FieldMap const & fields() const { return *fields_; }
 
 private:
+    friend class FieldMap;
+
     FieldMap * fields_;
 };
 

@@ -1,0 +1,27 @@
+#include "tvk/values/detail/FieldShape.h"
+
+#include <algorithm>
+
+namespace tvk::detail {
+
+FieldShape::FieldShape(std::vector<CString const *> const & arrival) {
+    names_.reserve(arrival.size());
+    for (CString const * const name : arrival) {
+        names_.push_back(*name);
+    }
+    std::sort(names_.begin(), names_.end());
+    names_.erase(std::unique(names_.begin(), names_.end()), names_.end());
+    places_.reserve(arrival.size());
+    for (CString const * const name : arrival) {
+        places_.push_back(static_cast<unsigned int>(find(*name)));
+    }
+}
+
+std::size_t FieldShape::find(CString const & name) const {
+    auto const place = std::lower_bound(names_.begin(), names_.end(), name);
+    return place != names_.end() && *place == name
+               ? static_cast<std::size_t>(place - names_.begin())
+               : names_.size();
+}
+
+}  // namespace tvk::detail
