@@ -35,6 +35,26 @@ inline int valueOfSequence(std::string_view sequence) {
     return static_cast<int>(value);
 }
 
+/// The bytes of a code point from 0 on; from 0x20000 on they are more than a standard encoder gives.
+inline std::string referenceEncode(int codePoint) {
+    struct Row {
+        int last, size, leadMark;
+    };
+    constexpr Row ROWS[] = {{0x7F, 1, 0x00},    {0x7FF, 2, 0xC0},     {0xFFFF, 3, 0xE0},
+                            {0x1FFFF, 4, 0xF0}, {0x3FFFFFF, 5, 0xF8}, {0x7FFFFFFF, 6, 0xFC}};
+    Row const * row = ROWS;
+    while (codePoint > row->last) {
+        ++row;
+    }
+    std::string bytes(static_cast<std::size_t>(row->size), '\0');
+    for (std::size_t i = bytes.size() - 1; i > 0; --i) {
+        bytes[i] = static_cast<char>(0x80 + codePoint % 64);
+        codePoint /= 64;
+    }
+    bytes[0] = static_cast<char>(row->leadMark + codePoint);
+    return bytes;
+}
+
 inline bool isTrailByte(char byte) {
     return static_cast<unsigned char>(byte) / 64 == 2;  // 0x80 to 0xBF
 }
