@@ -26,4 +26,24 @@ inline bool hasSse41() {
 #endif
 }
 
+/// Whether the processor that runs this has AVX2, and the system keeps its registers.
+inline bool hasAvx2() {
+#if !TVK_PROCESSOR_X86
+    return false;
+#elif defined(_MSC_VER)
+    constexpr int OSXSAVE = 1 << 27;
+    constexpr int AVX2 = 1 << 5;
+    constexpr unsigned long long VECTOR_STATES = 6;  // of 16 and of 32 bytes
+    int registers[4];
+    __cpuid(registers, 1);
+    if ((registers[2] & OSXSAVE) == 0 || (_xgetbv(0) & VECTOR_STATES) != VECTOR_STATES) {
+        return false;
+    }
+    __cpuidex(registers, 7, 0);
+    return (registers[1] & AVX2) != 0;
+#else
+    return __builtin_cpu_supports("avx2") != 0;
+#endif
+}
+
 }  // namespace tvk::platform

@@ -239,9 +239,21 @@ inline unsigned int Utf8Codec<Error>::sequenceSize(unsigned char lead) {
 template <class Error>
 unsigned int Utf8Codec<Error>::count(char const * data, unsigned int length,
                                      unsigned int * consumed) {
+    // Blocks need a few bytes before them, and where they do not count on, the walk must for a while.
+    constexpr unsigned int FIRST_BLOCKS = 3;
+    constexpr unsigned int WORTH_BLOCKS = 32;
+    constexpr unsigned int WALKED_BETWEEN = 64;
     unsigned int characters = 0;
     unsigned int position = 0;
+    unsigned int nextBlocks = FIRST_BLOCKS;
     while (position < length) {
+        if (position >= nextBlocks && length - position >= WORTH_BLOCKS) {
+            Utf8Run const run = bestCountRegularUtf8()(data, length, position);
+            position += run.bytes;
+            characters += run.characters;
+            nextBlocks = position + WALKED_BETWEEN;
+            continue;
+        }
         unsigned int const size = sequenceSize(static_cast<unsigned char>(data[position]));
         if (size == 0) {
             failUndecided(position);
@@ -251,9 +263,6 @@ unsigned int Utf8Codec<Error>::count(char const * data, unsigned int length,
         }
         position += size;
         ++characters;
-        Utf8Run const run = countRegularUtf8(data, length, position);
-        position += run.bytes;
-        characters += run.characters;
     }
     if (consumed != nullptr) {
         *consumed = position;

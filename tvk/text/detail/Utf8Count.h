@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <cstring>
-
 namespace tvk::detail {
 
 /// Bytes that hold whole characters, and how many.
@@ -11,20 +8,17 @@ struct Utf8Run {
     unsigned int characters;
 };
 
-/// Counts on from `position`, the start of a character, in whole blocks for as long as it can tell
-/// that a walk from lead to lead would agree. It may stop anywhere, also at once.
-inline Utf8Run countRegularUtf8(char const * data, unsigned int length, unsigned int position) {
-    constexpr std::uint64_t HIGH_BITS = 0x8080808080808080U;
-    unsigned int bytes = 0;
-    while (length - position - bytes >= sizeof(std::uint64_t)) {
-        std::uint64_t word;
-        std::memcpy(&word, data + position + bytes, sizeof word);
-        if ((word & HIGH_BITS) != 0) {
-            break;
-        }
-        bytes += static_cast<unsigned int>(sizeof word);
-    }
-    return {bytes, bytes};
-}
+/// Counts on from `position`, in large blocks, for as long as a walk from lead to lead would agree
+/// beyond doubt. It may stop at any character, also at once; all forms may differ there.
+/// Requires: a walk has come to `position`, which is inside the data and at least 3.
+using CountRegularUtf8 = Utf8Run (*)(char const * data, unsigned int length, unsigned int position);
+
+Utf8Run countRegularUtf8Plain(char const * data, unsigned int length, unsigned int position);
+
+/// Null where this build or the processor does not have AVX2.
+CountRegularUtf8 countRegularUtf8WithAvx2();
+
+/// The one that suits this processor best.
+CountRegularUtf8 bestCountRegularUtf8();
 
 }  // namespace tvk::detail
