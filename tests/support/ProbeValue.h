@@ -15,19 +15,13 @@ struct ProbeLog {
     std::vector<std::string> events;
 };
 
-/// A value of any kind that writes its making and its end into a log, which must outlive it. It has a
-/// text; every other accessor throws.
-class ProbeValue : public FieldValue {
+/// The accessors of a value whose only content is a text, for doubles of any interface above
+/// FieldValue; all but the one of the text throw.
+template <class Interface>
+class TextAccessors : public Interface {
 public:
-    ProbeValue(ProbeLog & log, FieldTypeEnum type, std::string const & name)
-        : log_(log), type_(type), name_(name), text_(name.c_str()) {
-        ++log_.alive;
-        log_.events.push_back("make " + name_);
-    }
+    explicit TextAccessors(std::string const & text = "") : text_(text.c_str()) {}
 
-    std::string const & name() const { return name_; }
-
-    FieldTypeEnum getFieldType() const override { return type_; }
     int intValue() const override { refuse(); }
     long longValue() const override { refuse(); }
     long long longlongValue() const override { refuse(); }
@@ -41,18 +35,37 @@ public:
     RawData const & asRawData() const override { refuse(); }
     CString toString() const override { return text_; }
 
+protected:
+    ~TextAccessors() override = default;
+
+    [[noreturn]] static void refuse() { throw const_cast<char *>("a double has a text alone"); }
+
+private:
+    CString text_;
+};
+
+/// A value of any kind that writes its making and its end into a log, which must outlive it.
+class ProbeValue : public TextAccessors<FieldValue> {
+public:
+    ProbeValue(ProbeLog & log, FieldTypeEnum type, std::string const & name)
+        : TextAccessors(name), log_(log), type_(type), name_(name) {
+        ++log_.alive;
+        log_.events.push_back("make " + name_);
+    }
+
+    std::string const & name() const { return name_; }
+
+    FieldTypeEnum getFieldType() const override { return type_; }
+
 private:
     ~ProbeValue() override {
         --log_.alive;
         log_.events.push_back("end " + name_);
     }
 
-    [[noreturn]] static void refuse() { throw const_cast<char *>("a probe has a text alone"); }
-
     ProbeLog & log_;
     FieldTypeEnum type_;
     std::string name_;
-    CString text_;
 };
 
 }  // namespace tvk::test
