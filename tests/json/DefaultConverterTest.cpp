@@ -259,7 +259,7 @@ TEST(DefaultConverter, GivesNullWhenMemoryIsOut) {
     std::string const longText(1000, 'x');
     EXPECT_GT(failures([&] { return converter().stringFromRawData(longText.data(), 1000); }), 1);
     EXPECT_GT(failures([&] { return converter().stringFromRawData("\xE6\x97\xA5", 3); }), 1);
-    EXPECT_GT(failures([] { return converter().numberFromRawData("12", 2, nullptr, nullptr); }), 2);
+    EXPECT_GT(failures([] { return converter().numberFromRawData("12", 2, nullptr, nullptr); }), 1);
 }
 
 }  // namespace

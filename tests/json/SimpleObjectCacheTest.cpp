@@ -577,21 +577,28 @@ TEST_F(CacheTest, ReportsMemoryThatIsOut) {
         EXPECT_TRUE(throwsAfter(allowed, [&] { SimpleObjectCache table(&given); }));
         EXPECT_TRUE(throwsAfter(allowed, [&] { SimpleObjectCache table(&given, 16); }));
     }
+    // Long enough to stand outside of the slot.
+    std::string const key(100, 'k');
+    std::string const other(100, 'o');
+    auto const lookUp = [](SimpleObjectCache & target, unsigned int hash,
+                           std::string const & text) {
+        target.cachedString(hash, text.data(), static_cast<unsigned int>(text.size()));
+    };
     SimpleObjectCache table(&given, 1);
-    EXPECT_TRUE(throwsAfter(0, [&] { table.cachedString(1, "key", 3); }));
+    EXPECT_TRUE(throwsAfter(0, [&] { lookUp(table, 1, key); }));
     EXPECT_EQ(table.size(), 0u);
     EXPECT_EQ(given.next->getRefCount(), 1);
-    table.cachedString(1, "key", 3);
-    EXPECT_TRUE(throwsAfter(0, [&] { table.cachedString(2, "other", 5); }));
+    lookUp(table, 1, key);
+    EXPECT_TRUE(throwsAfter(0, [&] { lookUp(table, 2, other); }));
     EXPECT_EQ(table.size(), 0u) << "the old value had gone by then";
     EXPECT_EQ(given.next->getRefCount(), 1);
-    table.cachedString(1, "key", 3);
+    lookUp(table, 1, key);
     for (long long const allowed : {0, 1}) {
         EXPECT_TRUE(throwsAfter(allowed, [&] { table.setCapacity(1024); }));
         EXPECT_EQ(table.capacity(), 1u);
         EXPECT_EQ(table.size(), 1u);
     }
-    EXPECT_FALSE(throwsAfter(0, [&] { table.cachedString(1, "key", 3); }));
+    EXPECT_FALSE(throwsAfter(0, [&] { lookUp(table, 1, key); }));
     EXPECT_EQ(table.fastHitCount(), 1u);
 }
 

@@ -49,14 +49,11 @@ NumberData::NumberData(NumberData const & other)
     }
 }
 
-NumberData::~NumberData() { delete stringRep_; }
+NumberData::~NumberData() = default;
 
 void NumberData::setStringRep(CString const & text) {
-    if (stringRep_ == nullptr) {
-        stringRep_ = new CString(text);
-    } else {
-        *stringRep_ = text;
-    }
+    stringRep_ = text;
+    hasStringRep_ = true;
 }
 
 /// The stored 8 bytes as a double, whichever kind of number they are.
@@ -97,10 +94,11 @@ double NumberData::doubleValue() const {
 }
 
 CString const & NumberData::asString() const {
-    if (stringRep_ == nullptr) {
-        stringRep_ = new CString(isInteger_ ? textOf(integer_) : textOf(double_));
+    if (!hasStringRep_) {
+        stringRep_ = isInteger_ ? textOf(integer_) : textOf(double_);
+        hasStringRep_ = true;
     }
-    return *stringRep_;
+    return stringRep_;
 }
 
 ListData & NumberData::asList() { detail::throwWrongKind(NOT_A_LIST); }

@@ -56,7 +56,8 @@ private:
     double bitsAsDouble() const;
 
     bool isInteger_;
-    mutable CString * stringRep_ = nullptr;
+    mutable bool hasStringRep_ = false;
+    mutable CString stringRep_;
     union {
         long long integer_;
         double double_;
