@@ -1,164 +1,31 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "tests/support/ExactBuffer.h"
-#include "tests/support/ReferenceUtf8.h"
+#include "tests/support/ReferenceStringWriter.h"
 #include "tvk/json/JsonUtil.h"
 
 namespace {
 
 using tvk::JSON_ESCAPE_SLASH;
 using tvk::JsonUtil;
-using tvk::test::DecodedCharacter;
-using tvk::test::ExactBuffer;
-using tvk::test::referenceDecode;
-using tvk::test::TrailBytes;
-
-constexpr char GUARD = '\x5A';
-
-struct Outcome {
-    std::string output;
-    unsigned int consumed = 0;
-    std::string error;  // empty when nothing was thrown
-
-    bool operator==(Outcome const &) const = default;
-};
-
-std::ostream & operator<<(std::ostream & stream, Outcome const & outcome) {
-    return stream << ::testing::PrintToString(outcome.output) << " from " << outcome.consumed
-                  << " bytes, " << outcome.error;
-}
-
-/// Writes into a block that ends where the contract says, and looks at the bytes behind the room.
-Outcome write(std::string_view text, unsigned int outputSize, int options) {
-    ExactBuffer const input(text);
-    std::size_t const held = std::max<std::size_t>(outputSize, 2 * text.size());
-    ExactBuffer output(std::string(held, GUARD));
-    unsigned int written = 0;
-    Outcome outcome;
-    try {
-        outcome.consumed = JsonUtil::writeUnquotedJsonStringValue(
-            input, input.length(), output.data(), outputSize, &written, options);
-        outcome.output.assign(output.data(), written);
-        for (std::size_t i = std::max<std::size_t>(outputSize, written); i < held; ++i) {
-            EXPECT_EQ(output.data()[i], GUARD) << "byte " << i;
-        }
-    } catch (JsonUtil::XParsingError const & error) {
-        outcome.error = error.getErrorMessage();
-    }
-    return outcome;
-}
+using tvk::test::ReferenceStringWriter;
+using tvk::test::writeWithLibrary;
+using tvk::test::WrittenString;
 
 std::string written(std::string_view text, int options = 0) {
-    Outcome const outcome = write(text, static_cast<unsigned int>(2 * text.size() + 10), options);
+    WrittenString const outcome =
+        writeWithLibrary(text, static_cast<unsigned int>(2 * text.size() + 10), options);
     EXPECT_EQ(outcome.error, "");
     return outcome.output;
 }
 
-// The two loops again, one character at a time.
-
-class WriterModel {
-public:
-    WriterModel(std::string_view text, std::size_t room, int options)
-        : text_(text), room_(room), escapesSlash_((options & JSON_ESCAPE_SLASH) != 0) {}
-
-    Outcome run() {
-        try {
-            while (out_.size() + 6 < room_ && in_ < text_.size()) {
-                if (!take(decode(TrailBytes::TAKEN_AS_THEY_COME), true)) {
-                    return result();
-                }
-            }
-            while (in_ < text_.size()) {
-                if (!take(decode(TrailBytes::TESTED), false)) {
-                    return result();
-                }
-            }
-            return result();
-        } catch (std::string const & error) {
-            Outcome outcome;
-            outcome.error = error;
-            return outcome;
-        }
-    }
-
-private:
-    Outcome result() const {
-        Outcome outcome;
-        outcome.output = out_;
-        outcome.consumed = static_cast<unsigned int>(in_);
-        return outcome;
-    }
-
-    DecodedCharacter decode(TrailBytes trails) const {
-        DecodedCharacter const character =
-            referenceDecode(text_, static_cast<unsigned int>(in_), trails);
-        if (!character.failure.empty()) {
-            throw character.failure;
-        }
-        return character;
-    }
-
-    /// False when the writing ends.
-    bool take(DecodedCharacter const & character, bool hasRoom) {
-        auto const fits = [&](std::size_t bytes) { return hasRoom || out_.size() + bytes < room_; };
-        auto const escape = [&](char letter, bool isMeasured) {
-            if (isMeasured && !fits(2)) {
-                return false;
-            }
-            out_ += '\\';
-            out_ += letter;
-            in_ += 1;
-            return true;
-        };
-        switch (character.codePoint) {
-            case 0:
-                return false;
-            case 0x22:
-                return escape('"', true);
-            case 0x5C:
-                return escape('\\', true);
-            case 0x0A:
-                return escape('n', false);
-            case 0x0D:
-                return escape('r', true);
-            case 0x09:
-                return escape('t', true);
-            case 0x0C:
-                return escape('f', true);
-            case 0x08:
-                return escape('b', true);
-            case 0x2F:
-                if (escapesSlash_) {
-                    return escape('/', true);
-                }
-                out_ += '/';
-                in_ += 1;
-                return true;
-            default:
-                if (!fits(character.size)) {
-                    return false;
-                }
-                out_ += text_.substr(in_, character.size);
-                in_ += character.size;
-                return true;
-        }
-    }
-
-    std::string_view text_;
-    std::size_t room_;
-    bool escapesSlash_;
-    std::size_t in_ = 0;
-    std::string out_;
-};
-
 void expectAsModelled(std::string_view text, unsigned int outputSize, int options) {
-    ASSERT_EQ(write(text, outputSize, options), WriterModel(text, outputSize, options).run())
+    ASSERT_EQ(writeWithLibrary(text, outputSize, options),
+              ReferenceStringWriter(text, outputSize, options).run())
         << ::testing::PrintToString(std::string(text)) << " into " << outputSize << ", options "
         << options;
 }
@@ -224,43 +91,43 @@ TEST(JsonStringWriter, TakesANullPlaceForTheCount) {
 }
 
 TEST(JsonStringWriter, WritesNothingWithoutRoom) {
-    Outcome const outcome = write("plain", 0, 0);
+    WrittenString const outcome = writeWithLibrary("plain", 0, 0);
     EXPECT_EQ(outcome.consumed, 0u);
     EXPECT_EQ(outcome.output, "");
 }
 
 TEST(JsonStringWriter, WantsOneByteMoreThanItWrites) {
-    EXPECT_EQ(write("ab", 2, 0).output, "a");
-    EXPECT_EQ(write("ab", 3, 0).output, "ab");
-    EXPECT_EQ(write("a\"", 3, 0).output, "a");
-    EXPECT_EQ(write("a\"", 4, 0).output, "a\\\"");
-    EXPECT_EQ(write("\xE3\x81\x82", 3, 0).output, "");
-    EXPECT_EQ(write("\xE3\x81\x82", 4, 0).output, "\xE3\x81\x82");
+    EXPECT_EQ(writeWithLibrary("ab", 2, 0).output, "a");
+    EXPECT_EQ(writeWithLibrary("ab", 3, 0).output, "ab");
+    EXPECT_EQ(writeWithLibrary("a\"", 3, 0).output, "a");
+    EXPECT_EQ(writeWithLibrary("a\"", 4, 0).output, "a\\\"");
+    EXPECT_EQ(writeWithLibrary("\xE3\x81\x82", 3, 0).output, "");
+    EXPECT_EQ(writeWithLibrary("\xE3\x81\x82", 4, 0).output, "\xE3\x81\x82");
 }
 
 TEST(JsonStringWriter, TellsWhereItWasCut) {
-    Outcome const outcome = write("01234567\"9", 10, 0);
+    WrittenString const outcome = writeWithLibrary("01234567\"9", 10, 0);
     EXPECT_EQ(outcome.output, "01234567");
     EXPECT_EQ(outcome.consumed, 8u);
 }
 
 TEST(JsonStringWriter, LosesTheLastEscapeInRoomOfTwiceTheLength) {
-    EXPECT_EQ(write("\"\"\"\"", 8, 0).output, "\\\"\\\"\\\"");
-    EXPECT_EQ(write("\"\"\"\"", 9, 0).output, "\\\"\\\"\\\"\\\"");
+    EXPECT_EQ(writeWithLibrary("\"\"\"\"", 8, 0).output, "\\\"\\\"\\\"");
+    EXPECT_EQ(writeWithLibrary("\"\"\"\"", 9, 0).output, "\\\"\\\"\\\"\\\"");
 }
 
 TEST(JsonStringWriter, DeliberatelyWritesLineFeedAndPlainSlashWithoutRoom) {
-    EXPECT_EQ(write("\n", 0, 0).output, "\\n");
-    EXPECT_EQ(write("/", 0, 0).output, "/");
-    EXPECT_EQ(write("/", 0, JSON_ESCAPE_SLASH).output, "");
-    EXPECT_EQ(write("ab\n/\n\tc", 3, 0).output, "ab\\n/\\n");
-    EXPECT_EQ(write("\r", 0, 0).output, "");
+    EXPECT_EQ(writeWithLibrary("\n", 0, 0).output, "\\n");
+    EXPECT_EQ(writeWithLibrary("/", 0, 0).output, "/");
+    EXPECT_EQ(writeWithLibrary("/", 0, JSON_ESCAPE_SLASH).output, "");
+    EXPECT_EQ(writeWithLibrary("ab\n/\n\tc", 3, 0).output, "ab\\n/\\n");
+    EXPECT_EQ(writeWithLibrary("\r", 0, 0).output, "");
 }
 
 TEST(JsonStringWriter, DeliberatelyCountsOneByteForAnOverlongEscape) {
-    EXPECT_EQ(write("\xC0\xA2", 20, 0).error,
+    EXPECT_EQ(writeWithLibrary("\xC0\xA2", 20, 0).error,
               "invalid message data near position 1: unable to decide UTF-8 character length");
-    EXPECT_EQ(write("a\xC0\xAF", 20, 0).error,
+    EXPECT_EQ(writeWithLibrary("a\xC0\xAF", 20, 0).error,
               "invalid message data near position 2: unable to decide UTF-8 character length");
 }
 
@@ -296,15 +163,15 @@ constexpr BadText BAD_TEXTS[] = {
 TEST(JsonStringWriter, RefusesBadUtf8WithTheExactText) {
     for (BadText const & row : BAD_TEXTS) {
         SCOPED_TRACE(row.name);
-        EXPECT_EQ(write(row.text, row.outputSize, 0).error,
+        EXPECT_EQ(writeWithLibrary(row.text, row.outputSize, 0).error,
                   std::string("invalid message data near position ") + row.error);
         expectAsModelled(row.text);
     }
 }
 
 TEST(JsonStringWriter, TestsTrailBytesOnlyNearTheEndOfTheRoom) {
-    EXPECT_EQ(write("\xC3\x28", 7, 0).output, "\xC3\x28");
-    EXPECT_EQ(write("\xC3\x28", 6, 0).error,
+    EXPECT_EQ(writeWithLibrary("\xC3\x28", 7, 0).output, "\xC3\x28");
+    EXPECT_EQ(writeWithLibrary("\xC3\x28", 6, 0).error,
               "invalid message data near position 0: invalid UTF-8 2-byte sequence");
 }
 
