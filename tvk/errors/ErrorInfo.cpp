@@ -31,11 +31,8 @@ ErrorInfo::ErrorInfo(int componentCode, CString const & domain, int errorCode,
 }
 
 ErrorInfo::ErrorInfo(ErrorInfo const & other)
-    : componentCode_(other.componentCode_),
-      domain_(other.domain_),
-      errorCode_(other.errorCode_),
-      errorMessage_(other.errorMessage_) {
-    setCause(other.cause_);
+    : ErrorInfo(other.componentCode_, other.domain_, other.errorCode_, other.errorMessage_,
+                other.cause_) {
     setUserInfo(other.userInfo_);
 }
 

@@ -12,8 +12,7 @@ namespace tvk {
 /// The error record: which component failed, in which domain, with which code and message, with
 /// hints for the error manager and a chain of causes.
 ///
-/// Ownership: a cause is always copied, with its own causes and hints; the record owns the copy.
-/// Hint
+/// Ownership: a cause is always copied, with its own causes and hints; the record owns the copy. Hint
 ///            values are shared between copies, one count an entry.
 /// Threads:   one record belongs to one thread at a time, and so do copies that share hint values.
 /// Failure:   none is reported; a cause that cannot be allocated is silently left out.

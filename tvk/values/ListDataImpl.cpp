@@ -20,25 +20,21 @@ ListDataImpl::ListDataImpl(ListDataImpl const & other)
 
 ListDataImpl::ListDataImpl(ListData const & other)
     : ListData(other), elementTypeName_(other.getElementTypeName()) {
+    detail::reservePlaces(elements_, other.getCount());
     appendElementsOf(other);
 }
 
 ListDataImpl::~ListDataImpl() {
     detail::ContainerEnd end;
-    if (end.isDeep()) {
-        for (auto element = elements_.rbegin(); element != elements_.rend(); ++element) {
-            end.defer(*element);
-        }
-    } else {
-        elements_.clear();
-    }
+    end.releaseAll(elements_);
 }
 
 ListDataImpl & ListDataImpl::operator=(ListDataImpl const & other) {
     if (&other != this) {
         elementTypeName_ = other.elementTypeName_;
-        elements_.clear();
-        elements_ = other.elements_;
+        // The old elements go last: one of them may be all that keeps the source alive.
+        auto elements = other.elements_;
+        elements_.swap(elements);
     }
     return *this;
 }
@@ -111,7 +107,7 @@ void ListDataImpl::insertElementAt(unsigned int index, RefCountedPtr<FieldValue>
 
 void ListDataImpl::appendElementsOf(ListData const & other) {
     unsigned int const count = other.getCount();
-    detail::reservePlaces(elements_, elements_.size() + count);
+    detail::requirePlaces(elements_.size() + count);
     for (unsigned int i = 0; i < count; ++i) {
         elements_.push_back(other.getElement(i));
     }

@@ -1,5 +1,6 @@
 #include "tvk/values/MappedMessage.h"
 
+#include <cstdint>
 #include <memory>
 
 #include "tvk/values/MappedMessageHeader.h"
@@ -11,6 +12,23 @@ namespace tvk {
 namespace {
 
 using SubMessages = std::vector<RefCountedPtr<KestrinMessage>>;
+
+std::unique_ptr<SubMessages> copyOf(std::unique_ptr<SubMessages> const & messages) {
+    return messages == nullptr ? nullptr : std::make_unique<SubMessages>(*messages);
+}
+
+std::unique_ptr<SubMessages> subMessagesOf(KestrinMessage const & message) {
+    unsigned int const count = message.getSubMessageCount();
+    if (count == 0) {
+        return nullptr;
+    }
+    auto messages = std::make_unique<SubMessages>();
+    detail::reservePlaces(*messages, count);
+    for (unsigned int i = 0; i < count; ++i) {
+        messages->push_back(message.getSubMessage(i));
+    }
+    return messages;
+}
 
 SubMessages::iterator placeOf(SubMessages & messages, std::size_t index) {
     return messages.begin() + static_cast<std::ptrdiff_t>(index);
@@ -40,15 +58,13 @@ MappedMessage::MappedMessage() : MappedFields(new Impl) {}
 
 MappedMessage::MappedMessage(MappedMessage const & other)
     : MappedFields(new Impl(other.fields(), other.header())) {
-    if (other.impl().subMessages != nullptr) {
-        impl().subMessages = std::make_unique<SubMessages>(*other.impl().subMessages);
-    }
+    impl().subMessages = copyOf(other.impl().subMessages);
 }
 
 MappedMessage::MappedMessage(KestrinMessage const & other) : MappedMessage() {
     fields().addMissing(other);
     assignHeaderOf(other);
-    copySubMessagesOf(other);
+    impl().subMessages = subMessagesOf(other);
 }
 
 MappedMessage::~MappedMessage() {
@@ -58,12 +74,12 @@ MappedMessage::~MappedMessage() {
         fields().endAll(end);
         end.defer(impl().header);
         if (impl().subMessages != nullptr) {
-            for (auto at = impl().subMessages->rbegin(); at != impl().subMessages->rend(); ++at) {
-                end.defer(*at);
-            }
+            end.releaseAll(*impl().subMessages);
         }
     } else {
-        impl().subMessages = nullptr;
+        if (impl().subMessages != nullptr) {
+            end.releaseAll(*impl().subMessages);
+        }
         impl().header = nullptr;
         fields().endAll(end);
     }
@@ -71,12 +87,12 @@ MappedMessage::~MappedMessage() {
 
 MappedMessage & MappedMessage::operator=(MappedMessage const & other) {
     if (&other != this) {
-        fields().map() = other.fields().map();
+        // What was held goes last: it may be all that keeps the source alive.
+        auto subMessages = copyOf(other.impl().subMessages);
+        detail::FieldMap body(other.fields());
         assignHeaderOf(other);
-        impl().subMessages = nullptr;
-        if (other.impl().subMessages != nullptr) {
-            impl().subMessages = std::make_unique<SubMessages>(*other.impl().subMessages);
-        }
+        impl().subMessages.swap(subMessages);
+        fields().swap(body);
     }
     return *this;
 }
@@ -85,8 +101,7 @@ MappedMessage & MappedMessage::operator=(KestrinMessage const & other) {
     if (&other != this) {
         fields().addMissing(other);
         assignHeaderOf(other);
-        impl().subMessages = nullptr;
-        copySubMessagesOf(other);
+        impl().subMessages = subMessagesOf(other);
     }
     return *this;
 }
@@ -144,9 +159,10 @@ void MappedMessage::removeSubmessageAt(unsigned int index) {
 
 void MappedMessage::removeSubMessages(unsigned int first, unsigned int count) {
     SubMessages & messages = *impl().subMessages;
-    std::size_t const end = std::size_t{first} + count;
-    messages.erase(placeOf(messages, first),
-                   end < messages.size() ? placeOf(messages, end) : messages.end());
+    std::uint64_t const end = std::uint64_t{first} + count;
+    messages.erase(placeOf(messages, first), end < messages.size()
+                                                 ? placeOf(messages, static_cast<std::size_t>(end))
+                                                 : messages.end());
 }
 
 void MappedMessage::removeAllSubMessages() {
@@ -159,18 +175,6 @@ void MappedMessage::removeAllSubMessages() {
 /// and nothing else. So a message that is assigned keeps what its header says.
 void MappedMessage::assignHeaderOf(KestrinMessage const & other) {
     impl().header->KestrinMessageHeader::operator=(other.header());
-}
-
-void MappedMessage::copySubMessagesOf(KestrinMessage const & other) {
-    unsigned int const count = other.getSubMessageCount();
-    if (count == 0) {
-        return;
-    }
-    SubMessages & messages = impl().madeSubMessages();
-    detail::reservePlaces(messages, count);
-    for (unsigned int i = 0; i < count; ++i) {
-        messages.push_back(other.getSubMessage(i));
-    }
 }
 
 MappedMessage::Impl & MappedMessage::impl() { return static_cast<Impl &>(fields()); }

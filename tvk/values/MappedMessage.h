@@ -47,7 +47,6 @@ private:
     struct Impl;
 
     void assignHeaderOf(KestrinMessage const & other);
-    void copySubMessagesOf(KestrinMessage const & other);
     Impl & impl();
     Impl const & impl() const;
 };

@@ -30,7 +30,9 @@ MappedMessageHeader::~MappedMessageHeader() = default;
 
 MappedMessageHeader & MappedMessageHeader::operator=(MappedMessageHeader const & other) {
     if (&other != this) {
-        impl().map() = other.impl().map();
+        // The old fields go last: one of them may be all that keeps the source alive.
+        detail::FieldMap fieldsOfOther(other.fields());
+        fields().swap(fieldsOfOther);
         impl().kind = other.impl().kind;
     }
     return *this;
@@ -41,14 +43,15 @@ MappedMessageHeader & MappedMessageHeader::operator=(KestrinMessageHeader const 
         impl().kind = other.getMessageKind();
         impl().messageTypeId = other.getMessageTypeId();
         impl().requestId = other.getRequestId();
-        impl().map().clear();
+        detail::FieldMap old;  // goes last: a field may be all that keeps the source alive
+        fields().swap(old);
         addFields(other);
     }
     return *this;
 }
 
 bool MappedMessageHeader::operator==(MappedMessageHeader const & other) const {
-    if (!hasSameEnvelope(other) || fields().map().size() != other.fields().map().size()) {
+    if (!hasSameEnvelope(other) || fields().count() != other.fields().count()) {
         return false;
     }
     for (auto const & [name, value] : fields().map()) {

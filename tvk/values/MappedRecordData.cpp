@@ -17,7 +17,9 @@ MappedRecordData::~MappedRecordData() = default;
 
 MappedRecordData & MappedRecordData::operator=(MappedRecordData const & other) {
     if (&other != this) {
-        fields().map() = other.fields().map();
+        // The old fields go last: one of them may be all that keeps the source alive.
+        detail::FieldMap fieldsOfOther(other.fields());
+        fields().swap(fieldsOfOther);
     }
     return *this;
 }

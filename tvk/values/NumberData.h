@@ -6,8 +6,7 @@ namespace tvk {
 
 /// A number, a 64-bit integer or a double, with a text form of its own.
 ///
-/// Text form: built when somebody first asks ("%lld", or "%f" with six decimals), unless
-/// setStringRep
+/// Text form: built when somebody first asks ("%lld", or "%f" with six decimals), unless setStringRep
 ///            has given one, which then wins for good. Numbers from the wire carry their wire text.
 /// Threads:   asString() writes on its first use, so a number is shared between threads only after
 ///            its text form has been built.
@@ -18,7 +17,8 @@ public:
     NumberData(long value);
     NumberData(long long value);
     NumberData(double value);
-    /// Takes the number; a text form that was set or built stays behind.
+    /// Deliberate: takes the number alone; a text form that was set stays behind. A number that is
+    /// copied to be shown in another form relies on it.
     NumberData(NumberData const & other);
     NumberData & operator=(NumberData const &) = delete;
 

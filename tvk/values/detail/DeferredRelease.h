@@ -18,11 +18,7 @@ namespace tvk::detail {
 /// through its own destroyObject.
 ///
 ///     ContainerEnd end;
-///     if (end.isDeep()) {
-///         for (auto at = elements.rbegin(); at != elements.rend(); ++at) end.defer(*at);
-///     } else {
-///         elements.clear();
-///     }
+///     end.releaseAll(elements);
 ///
 /// Threads: each thread has a depth and a list of its own.
 /// Failure: where the list cannot grow, the reference is released at once.
@@ -35,6 +31,20 @@ public:
     ~ContainerEnd();
 
     bool isDeep() const noexcept { return pending_ != nullptr; }
+
+    /// Releases the references of a vector, which are null afterwards, the first one first.
+    template <class References>
+    void releaseAll(References & references) noexcept {
+        if (isDeep()) {
+            for (auto at = references.rbegin(); at != references.rend(); ++at) {
+                defer(*at);
+            }
+        } else {
+            for (auto & reference : references) {
+                reference = nullptr;
+            }
+        }
+    }
 
     /// Takes the reference over; `reference` is null afterwards. Requires: isDeep().
     template <class T>
@@ -50,18 +60,18 @@ public:
     }
 
 private:
-    using References = std::vector<RefCountedPtr<RefCounted>>;
+    using Pending = std::vector<RefCountedPtr<RefCounted>>;
 
     static constexpr int MAXIMUM_DEPTH = 64;
 
     struct ThreadState {
         int depth;
-        References * pending;
+        Pending * pending;
     };
     static thread_local ThreadState state;
 
-    References own_;  // the list, in the ContainerEnd that works it off
-    References * pending_ = nullptr;
+    Pending own_;  // the list, in the ContainerEnd that works it off
+    Pending * pending_ = nullptr;
 };
 
 }  // namespace tvk::detail

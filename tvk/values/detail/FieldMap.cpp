@@ -68,6 +68,12 @@ void FieldMap::set(CString const & name, Value const & value) {
     ownMap().try_emplace(name).first->second = value;
 }
 
+void FieldMap::swap(FieldMap & other) noexcept {
+    shape_.swap(other.shape_);
+    values_.swap(other.values_);
+    map_.swap(other.map_);
+}
+
 void FieldMap::addMissing(RecordData const & source) {
     std::vector<CString> const names = source.getFieldNames();
     unsigned int const count = source.getFieldCount();

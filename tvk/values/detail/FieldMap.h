@@ -43,6 +43,8 @@ public:
     Value get(CString const & name) const;
     void set(CString const & name, Value const & value);
 
+    void swap(FieldMap & other) noexcept;
+
     Map & map() { return ownMap(); }
     Map const & map() const { return ownMap(); }
 
