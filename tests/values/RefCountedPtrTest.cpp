@@ -314,5 +314,16 @@ TEST(RefCountedPtr, LeavesAConstantAlone) {
     EXPECT_EQ(ends, 1);
 }
 
+/// Fails at its end.
+class Failing : public RefCounted {
+protected:
+    void destroyObject() const override { throw 1; }
+};
+
+TEST(RefCountedPtrDeathTest, AFailingEndEndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH({ RefCountedPtr<Failing> const pointer(new Failing); }, "");
+}
+
 }  // namespace
 }  // namespace tvk

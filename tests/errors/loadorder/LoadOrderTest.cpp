@@ -1,0 +1,14 @@
+#include <gtest/gtest.h>
+
+#include "tests/errors/loadorder/Probe.h"
+
+namespace tvk {
+namespace {
+
+TEST(LoadOrder, ConstantsServeTheStaticInitialisersOfTheLibraryItself) {
+    EXPECT_EQ(test::faultsAtLoad(), std::vector<std::string>{});
+    EXPECT_EQ(test::constantsSeenAtLoad(), 41);
+}
+
+}  // namespace
+}  // namespace tvk
