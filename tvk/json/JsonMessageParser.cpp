@@ -137,7 +137,7 @@ RefCountedPtr<KestrinMessage> JsonMessageParser::parseJsonMessage(void const * d
                                                                   unsigned int size, int options,
                                                                   ErrorInfo * error) {
     try {
-        RefCountedPtr<KestrinMessage> const message(new MappedMessage);
+        RefCountedPtr<KestrinMessage> message(new MappedMessage);
         impl_->reset(message);
         impl_->scan(JsonUtil::parseOneJsonObject, data, size, options);
         return message;
