@@ -232,14 +232,16 @@ RefCounted * recordedHint(Log & log, char const * name) {
     return new Recorded<MappedRecordData>(&log, name);
 }
 
+/// A hint that looks, at its end, how often another object is counted.
+struct Watch : MappedRecordData {
+    Watch(RefCounted const * watched, int * seen) : watched_(watched), seen_(seen) {}
+    ~Watch() override { *seen_ = watched_->getRefCount(); }
+    RefCounted const * watched_;
+    int * seen_;
+};
+
 TEST(ErrorInfo, DeliberateTheHeldCauseGoesFirst) {
     // The new cause is copied after the old one has gone: its hint is counted once by then.
-    struct Watch : MappedRecordData {
-        Watch(RefCounted const * watched, int * seen) : watched_(watched), seen_(seen) {}
-        ~Watch() override { *seen_ = watched_->getRefCount(); }
-        RefCounted const * watched_;
-        int * seen_;
-    };
     Value const newHint(new NumberData(1));
     ErrorInfo newCause;
     newCause.setUserInfo("hint", newHint.get());
@@ -496,12 +498,6 @@ TEST(ErrorInfo, AnEmptyMapIsCopiedAsOne) {
 }
 
 TEST(ErrorInfo, OldHintsGoBeforeNewOnesCome) {
-    struct Watch : MappedRecordData {
-        Watch(RefCounted const * watched, int * seen) : watched_(watched), seen_(seen) {}
-        ~Watch() override { *seen_ = watched_->getRefCount(); }
-        RefCounted const * watched_;
-        int * seen_;
-    };
     Value const newHint(new NumberData(1));
     ErrorInfo source;
     source.setUserInfo("new", newHint.get());

@@ -241,7 +241,7 @@ TEST(FieldValueOrder, NoClassHasOperationsOfItsOwn) {
 /// What stands at a place of an object's table.
 void const * entryOf(FieldValue const & value, std::size_t slot) {
     void const * const * table = nullptr;
-    std::memcpy(&table, &value, sizeof table);
+    std::memcpy(&table, static_cast<void const *>(&value), sizeof table);
     return table[slot];
 }
 
