@@ -62,10 +62,11 @@ TEST_F(AllocationFailureTest, ReachesTheLibraryAndOperatorNew) {
     } catch (std::bad_alloc const &) {
         library = true;
     }
-    int * const number = new (std::nothrow) int;
-    plainNew = number == nullptr;
+    // Called as a function: a new expression may be left out by the compiler.
+    void * const memory = ::operator new(1, std::nothrow);
+    plainNew = memory == nullptr;
     failure.end();
-    delete number;
+    ::operator delete(memory);
     EXPECT_TRUE(library);
     EXPECT_TRUE(plainNew);
 }
