@@ -12,11 +12,11 @@
 #include <vector>
 
 #include "tests/support/AllocationCounter.h"
+#include "tests/support/ListDataDouble.h"
 #include "tests/support/PrintCString.h"
 #include "tests/support/Recorded.h"
 #include "tests/support/VirtualOrder.h"
 #include "tests/values/ExpectTooLong.h"
-#include "tests/values/ListDataDouble.h"
 #include "tvk/values/MappedRecordData.h"
 #include "tvk/values/NumberData.h"
 #include "tvk/values/StringData.h"

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "tests/support/PrintCString.h"
+#include "tests/support/RecordDataDouble.h"
 #include "tests/support/VirtualOrder.h"
-#include "tests/values/RecordDataDouble.h"
 #include "tvk/values/ListDataImpl.h"
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/MappedRecordData.h"

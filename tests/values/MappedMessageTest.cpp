@@ -12,10 +12,10 @@
 
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/PrintCString.h"
+#include "tests/support/RecordDataDouble.h"
 #include "tests/support/Recorded.h"
 #include "tests/support/VirtualOrder.h"
 #include "tests/values/ExpectTooLong.h"
-#include "tests/values/RecordDataDouble.h"
 #include "tvk/values/MappedMessageHeader.h"
 #include "tvk/values/MappedRecordData.h"
 #include "tvk/values/NumberData.h"

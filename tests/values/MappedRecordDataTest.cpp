@@ -10,8 +10,8 @@
 
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/PrintCString.h"
+#include "tests/support/RecordDataDouble.h"
 #include "tests/support/Recorded.h"
-#include "tests/values/RecordDataDouble.h"
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/MappedMessageHeader.h"
 #include "tvk/values/NumberData.h"

@@ -14,8 +14,8 @@
 #include "tests/support/AllocationFailure.h"
 #include "tests/support/ExactBuffer.h"
 #include "tests/support/PrintCString.h"
+#include "tests/support/RawDataDouble.h"
 #include "tests/support/VirtualOrder.h"
-#include "tests/values/ValueDouble.h"
 #include "tvk/values/RefCountedPtr.h"
 
 namespace tvk {
@@ -39,31 +39,6 @@ Raw filled(std::string const & bytes) {
     }
     return value;
 }
-
-/// Bytes of somebody else's.
-class OwnRawData : public test::ValueDouble<RawData, FLDTYPE_RAW> {
-public:
-    explicit OwnRawData(std::string bytes) : bytes_(std::move(bytes)) {}
-    ~OwnRawData() override = default;
-
-    RawData & asRawData() override { return *this; }
-    RawData const & asRawData() const override { return *this; }
-
-    void * getBuffer() const override { return const_cast<char *>(bytes_.data()); }
-    unsigned int getSize() const override { return static_cast<unsigned int>(bytes_.size()); }
-    unsigned int getCapacity() const override { return getSize(); }
-    RawData & appendData(void const * data, unsigned int length) override {
-        bytes_.append(static_cast<char const *>(data), length);
-        return *this;
-    }
-    void setSize(unsigned int size, int fill) override {
-        bytes_.resize(size, static_cast<char>(fill));
-    }
-    void clear() override { bytes_.clear(); }
-
-private:
-    std::string bytes_;
-};
 
 struct Capacity {
     unsigned int asked;
@@ -298,7 +273,7 @@ TEST(RawDataImpl, DeliberateACopyTakesAsManyBytesAsTheSizeSays) {
 }
 
 TEST(RawDataImpl, IsBuiltFromAnyRawData) {
-    RefCountedPtr<RawData> const source(new OwnRawData("other"));
+    RefCountedPtr<RawData> const source(new test::RawDataDouble("other"));
     Raw const copy(new RawDataImpl(*source));
     EXPECT_EQ(copy->getSize(), 0u);
     EXPECT_EQ(copy->getCapacity(), 8u);
@@ -320,7 +295,7 @@ TEST(RawDataImpl, AssignmentClearsAndTakesTheBytes) {
     EXPECT_EQ(bytesOf(*target, 5), "abcde");
 
     Raw const throughInterface = filled("a much longer text than that");
-    RefCountedPtr<RawData> const other(new OwnRawData("other"));
+    RefCountedPtr<RawData> const other(new test::RawDataDouble("other"));
     *throughInterface = *other;
     EXPECT_EQ(throughInterface->getRefCount(), 1);
     EXPECT_EQ(throughInterface->getSize(), 0u);

@@ -9,8 +9,8 @@
 
 #include "tests/support/ExactBuffer.h"
 #include "tests/support/PrintCString.h"
+#include "tests/support/RecordDataDouble.h"
 #include "tests/support/VirtualOrder.h"
-#include "tests/values/RecordDataDouble.h"
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/MappedMessageHeader.h"
 #include "tvk/values/MappedRecordData.h"

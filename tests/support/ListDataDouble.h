@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "tests/values/ValueDouble.h"
+#include "tests/support/ValueDouble.h"
 #include "tvk/values/ListData.h"
 
 namespace tvk::test {

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/values/ValueDouble.h"
+#include "tests/support/ValueDouble.h"
 #include "tvk/values/KestrinMessage.h"
 #include "tvk/values/KestrinMessageHeader.h"
 #include "tvk/values/RecordData.h"
