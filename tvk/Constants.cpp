@@ -4,6 +4,7 @@
 #include "tvk/errors/ErrorInfo.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/platform/LoadOrder.h"
+#include "tvk/text/StringUtil.h"
 #include "tvk/values/KestrinMessage.h"
 #include "tvk/values/NumberData.h"
 #include "tvk/values/StringData.h"
@@ -111,5 +112,8 @@ TVK_LOADED_FIRST CString const KestrinConstants::OPENING_SQUARE_BRACKET = "[";
 TVK_LOADED_FIRST CString const KestrinConstants::CLOSING_SQUARE_BRACKET = "]";
 TVK_LOADED_FIRST CString const KestrinConstants::FLDNAME_RAW_BODY = "__raw__body__";
 TVK_LOADED_FIRST CString const KestrinConstants::FLDNAME_EXTRA_DATA = "__extra_raw__body__";
+
+TVK_LOADED_FIRST CString const StringUtil::TRUE_TEXT = "true";
+TVK_LOADED_FIRST CString const StringUtil::FALSE_TEXT = "false";
 
 }  // namespace tvk

@@ -8,6 +8,7 @@
 #include "tests/errors/ConstantsTable.h"
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/PrintCString.h"
+#include "tvk/text/StringUtil.h"
 #include "tvk/values/MappedRecordData.h"
 #include "tvk/values/RefCountedPtr.h"
 
@@ -19,6 +20,8 @@ struct Seen {
     std::vector<CString> texts;
     std::vector<RefCountedPtr<FieldValue>> values;
     ErrorInfo error;
+    CString yes = StringUtil::toString(true);
+    CString no = StringUtil::toString(false);
 
     Seen() {
         for (test::TextConstant const & row : test::TEXT_CONSTANTS) {
@@ -42,6 +45,8 @@ TEST(Constants, ServeTheStaticInitialisersOfModules) {
         EXPECT_EQ(SEEN.values[i]->getRefCount(), 0x7fffffff);
     }
     EXPECT_EQ(SEEN.error.getDomain(), "System");
+    EXPECT_EQ(SEEN.yes, "true");
+    EXPECT_EQ(SEEN.no, "false");
 }
 
 TEST(Constants, CopyingATextCostsNoAllocation) {

@@ -4,6 +4,7 @@
 #include "tests/errors/loadorder/Probe.h"
 
 #include "tests/errors/ConstantsTable.h"
+#include "tvk/text/StringUtil.h"
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/NumberData.h"
 #include "tvk/values/StringData.h"
@@ -30,6 +31,10 @@ struct Sight {
         FieldValue const * const text = FieldValue::EMPTY_STRING_VALUE;
         expect(text != nullptr && text->getRefCount() == 0x7fffffff && text->asString().IsEmpty(),
                "EMPTY_STRING_VALUE");
+        for (bool const value : {false, true}) {
+            CString const & word = StringUtil::toString(value);
+            expect(word.GetString() != nullptr && word == (value ? "true" : "false"), "toString");
+        }
         if (faults.empty()) {
             useThem();
         }
