@@ -131,6 +131,32 @@ public:
     /// The same at the start of a terminated text.
     static int nextUtf8Char(char const * text, unsigned int * codePoint, ErrorInfo * error);
 
+    // Encoders. `data` may be null when `size` is 0. Room for the longest possible result is taken at
+    // once, and that is what may not pass 0x7fffffff bytes.
+
+    /// application/x-www-form-urlencoded, except at two edges.
+    ///
+    /// Deliberate: 'Z' is written "%5A", and the first digit of a byte of 0x80 and above is one of
+    /// "()*+,-./", as back ends of this system read it. urlDecode refuses such bytes.
+    static CString urlEncode(char const * data, unsigned int size);
+    /// The way back. On a failure the result is what was decoded before it, and `*error`, when not
+    /// null, gets ERR_InvalidDataOfEncoding and a text with the position of the '%'.
+    ///
+    /// Deliberate: any letter passes as a digit, those behind 'f' counting on (modulo 256), as senders
+    /// rely on; and a sequence cut off leaves the error's domain as it was, so that a caller with a
+    /// domain of its own for incomplete data keeps it.
+    static CString urlDecode(char const * data, unsigned int size, ErrorInfo * error);
+    /// Base64 (RFC 4648, section 4), padded. With `lineBreaks`, a text longer than 76 characters gets
+    /// CR LF at every index that is a multiple of 76, counted with the breaks already there.
+    ///
+    /// Deliberate: so the lines behind the first have 74 characters, as readers of this system expect;
+    /// no break stands at the end.
+    static CString base64Encode(void const * data, unsigned int size, bool lineBreaks);
+    /// Base64 for URLs (RFC 4648, section 5), padded.
+    static CString base64UrlEncode(void const * data, unsigned int size);
+    /// Two upper-case hexadecimal digits a byte.
+    static CString toHexString(void const * data, unsigned int size);
+
 private:
     static CString const TRUE_TEXT;
     static CString const FALSE_TEXT;
