@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "tests/support/AllocationFailure.h"
+#include "tests/support/DeepValues.h"
 #include "tests/support/Recorded.h"
 #include "tests/support/SmallStack.h"
-#include "tests/values/DeepValues.h"
 #include "tvk/values/ListDataImpl.h"
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/MappedRecordData.h"

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/DeepValues.h"
 #include "tests/support/ListDataDouble.h"
 #include "tests/support/RecordDataDouble.h"
 #include "tests/support/SmallStack.h"
-#include "tests/values/DeepValues.h"
 #include "tvk/values/ListDataImpl.h"
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/MappedMessageHeader.h"
