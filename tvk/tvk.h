@@ -2,6 +2,7 @@
 
 /// Every public header of the library.
 
+#include "tvk/agent/KestrinUtil.h"
 #include "tvk/errors/ErrorInfo.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/json/JsonMessageParser.h"

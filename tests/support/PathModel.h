@@ -1,0 +1,89 @@
+#pragma once
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "tvk/values/ListData.h"
+#include "tvk/values/RecordData.h"
+
+namespace tvk::test {
+
+/// The pieces of a path; a "/" in front makes none.
+inline std::vector<std::string_view> segmentsOf(std::string_view path) {
+    if (path.substr(0, 1) == "/") {
+        path.remove_prefix(1);
+    }
+    std::vector<std::string_view> segments;
+    for (;;) {
+        std::size_t const end = path.find('/');
+        segments.push_back(path.substr(0, end));
+        if (end == std::string_view::npos) {
+            return segments;
+        }
+        path.remove_prefix(end + 1);
+    }
+}
+
+/// The number that an index text starts with; one too large for any list stays so.
+inline long long indexIn(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    bool const negative = text.substr(0, 1) == "-";
+    if (negative || text.substr(0, 1) == "+") {
+        text.remove_prefix(1);
+    }
+    long long number = 0;
+    for (char const digit : text.substr(0, text.find_first_not_of("0123456789"))) {
+        number = std::min(number * 10 + (digit - '0'), 1LL << 32);
+    }
+    return negative ? -number : number;
+}
+
+/// A plain model of paths: looks at every field, and calls itself for each piece behind the first.
+/// The result belongs to the record.
+inline FieldValue * valueAtSegments(RecordData const & record,
+                                    std::vector<std::string_view> segments) {
+    std::string_view name = segments.front();
+    std::string_view index;
+    bool const indexed = name.find('[') != std::string_view::npos;
+    if (indexed) {
+        if (name.back() != ']') {
+            return nullptr;
+        }
+        index = name.substr(name.find('[') + 1);
+        index.remove_suffix(1);
+        name = name.substr(0, name.find('['));
+    }
+    FieldValue * value = nullptr;
+    for (RecordData::Field const & field : record.getAllFields()) {
+        if (std::string_view(*field.name, static_cast<std::size_t>(field.name->GetLength())) ==
+            name) {
+            value = field.value;
+        }
+    }
+    if (indexed) {
+        if (value == nullptr || value->getFieldType() != FLDTYPE_LIST) {
+            return nullptr;
+        }
+        long long const place = indexIn(index);
+        ListData const & list = value->asList();
+        if (place < 0 || place >= list.getCount()) {
+            return nullptr;
+        }
+        value = list.getElement(static_cast<unsigned int>(place)).get();
+    }
+    if (segments.size() == 1) {
+        return value;
+    }
+    if (value == nullptr || value->getFieldType() != FLDTYPE_RECORD) {
+        return nullptr;
+    }
+    segments.erase(segments.begin());
+    return valueAtSegments(value->asRecord(), segments);
+}
+
+inline FieldValue * valueAtPath(RecordData const & record, std::string_view path) {
+    return valueAtSegments(record, segmentsOf(path));
+}
+
+}  // namespace tvk::test
