@@ -1,0 +1,7 @@
+#include "tvk/definitions/DataTypeDef.h"
+
+namespace tvk {
+
+DataTypeDef::~DataTypeDef() = default;
+
+}  // namespace tvk

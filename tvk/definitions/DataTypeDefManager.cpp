@@ -1,0 +1,7 @@
+#include "tvk/definitions/DataTypeDefManager.h"
+
+namespace tvk {
+
+DataTypeDefManager::~DataTypeDefManager() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/definitions/FieldDef.h"
+
+namespace tvk {
+
+FieldDef::~FieldDef() = default;
+
+}  // namespace tvk

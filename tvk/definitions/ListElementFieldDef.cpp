@@ -1,0 +1,7 @@
+#include "tvk/definitions/ListElementFieldDef.h"
+
+namespace tvk {
+
+ListElementFieldDef::~ListElementFieldDef() = default;
+
+}  // namespace tvk

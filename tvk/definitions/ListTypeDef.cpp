@@ -1,0 +1,7 @@
+#include "tvk/definitions/ListTypeDef.h"
+
+namespace tvk {
+
+ListTypeDef::~ListTypeDef() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/definitions/MessageDefManager.h"
+
+namespace tvk {
+
+MessageDefManager::~MessageDefManager() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/definitions/MessageTypeDef.h"
+
+namespace tvk {
+
+MessageTypeDef::~MessageTypeDef() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/definitions/RecordTypeDef.h"
+
+namespace tvk {
+
+RecordTypeDef::~RecordTypeDef() = default;
+
+}  // namespace tvk
