@@ -10,6 +10,7 @@
 #include "tests/support/AllocationFailure.h"
 #include "tests/support/ExactBuffer.h"
 #include "tests/support/PrintCString.h"
+#include "tests/support/TextBytes.h"
 #include "tests/support/UsingCodePage.h"
 #include "tvk/json/SimpleObjectCache.h"
 #include "tvk/platform/Numbers.h"
@@ -25,14 +26,11 @@ using tvk::RefCountedPtr;
 using tvk::SimpleObjectCache;
 using tvk::test::AllocationFailure;
 using tvk::test::ExactBuffer;
+using tvk::test::textOf;
 using tvk::test::UsingCodePage;
 
 SimpleObjectCache::RawDataToObjectConverter & converter() {
     return *SimpleObjectCache::defaultRawDataConverter();
-}
-
-CString textOf(std::string_view bytes) {
-    return CString(bytes.data(), static_cast<int>(bytes.size()));
 }
 
 CString string(std::string_view bytes) {

@@ -25,14 +25,17 @@
 #include "tests/support/CommaLocale.h"
 #include "tests/support/ExactBuffer.h"
 #include "tests/support/PrintCString.h"
+#include "tests/support/TextBytes.h"
 
 namespace {
 
 using tvk::test::AllocationCounter;
 using tvk::test::AllocationFailure;
+using tvk::test::bytesOf;
 using tvk::test::CommaLocale;
 using tvk::test::CStringModel;
 using tvk::test::ExactBuffer;
+using tvk::test::textOf;
 
 static_assert(sizeof(CString) == sizeof(void *));
 static_assert(std::is_same_v<tvk::CString, ::CString>);
@@ -47,16 +50,6 @@ static_assert(std::is_convertible_v<char const *, CString>);
 static_assert(
     !std::is_convertible_v<char, CString>);  // a number must not become a text by accident
 static_assert(!std::is_convertible_v<int, CString>);
-
-/// A text of these bytes, NUL included, read from a block that ends with them.
-CString textOf(std::string_view bytes) {
-    ExactBuffer const block(bytes);
-    return CString(block.data(), static_cast<int>(block.size()));
-}
-
-std::string bytesOf(CString const & text) {
-    return std::string(text.GetString(), static_cast<std::size_t>(text.GetLength()));
-}
 
 template <std::size_t SIZE>
 std::string_view bytesWithNul(char const (&literal)[SIZE]) {
