@@ -29,6 +29,10 @@ bool isWordInAnyCase(std::string_view text, std::string_view lowerCaseWord) {
         [](char character, char lower) { return platform::toLower(character) == lower; });
 }
 
+std::string_view viewOf(CString const & text) {
+    return std::string_view(text.GetString(), static_cast<std::size_t>(text.GetLength()));
+}
+
 bool endsWithBytes(CString const & text, char const * suffix, std::size_t length) {
     auto const textLength = static_cast<std::size_t>(text.GetLength());
     return length <= textLength &&
@@ -128,18 +132,24 @@ CString StringUtil::subString(CString const & text, unsigned int start, unsigned
 }
 
 std::vector<CString> StringUtil::split(CString const & text, CString const & delimiter) {
+    if (delimiter.IsEmpty()) {
+        return {text};
+    }
+    std::string_view const whole = viewOf(text);
+    std::string_view const mark = viewOf(delimiter);
+    auto const next = [whole, mark](std::size_t position) {
+        return mark.size() == 1 ? whole.find(mark.front(), position) : whole.find(mark, position);
+    };
     std::vector<CString> pieces;
-    int position = 0;
-    if (!delimiter.IsEmpty()) {
-        int match;
-        while ((match = text.Find(delimiter, position)) >= 0) {
-            if (match > 0) {
-                pieces.push_back(text.Mid(position, match - position));
-            }
-            position = match + delimiter.GetLength();
+    pieces.reserve(8);  // most texts have fewer pieces: paths, dates, cookies
+    std::size_t position = 0;
+    for (std::size_t match; (match = next(position)) != std::string_view::npos;
+         position = match + mark.size()) {
+        if (match > 0) {
+            pieces.emplace_back(whole.data() + position, static_cast<int>(match - position));
         }
     }
-    pieces.push_back(text.Mid(position));
+    pieces.push_back(text.Mid(static_cast<int>(position)));
     return pieces;
 }
 

@@ -45,9 +45,11 @@ public:
     static CString format(char const * format, ...) TVK_PRINTF_LIKE(1, 2);
     static CString vformat(char const * format, va_list arguments) TVK_PRINTF_LIKE(1, 0);
     static CString toString(int number);
-    static CString toString(long number);  ///< its low 32 bits
+    /// Deliberate: the low 32 bits, also where a long has more: the same text on every platform.
+    static CString toString(long number);
     static CString toString(unsigned int number);
-    static CString toString(unsigned long number);  ///< its low 32 bits
+    /// The low 32 bits too.
+    static CString toString(unsigned long number);
     static CString toString(long long number);
     static CString toString(unsigned long long number);
     /// "true" or "false": the same two objects at every call.
@@ -55,7 +57,7 @@ public:
 
     // Reading text: leading white space, a sign, digits; what follows is ignored.
     static int parseInt(CString const & text);    ///< saturates at 32 bits
-    static long parseLong(CString const & text);  ///< saturates at 32 bits
+    static long parseLong(CString const & text);  ///< saturates at 32 bits, like parseInt
     /// strtoll: clears errno first and leaves it for the caller (ERANGE where it saturates).
     static long long parseLongLong(CString const & text, int base);
     static double parseDouble(CString const & text);  ///< strtod; the decimal mark is `.`

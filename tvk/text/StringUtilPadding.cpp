@@ -1,6 +1,7 @@
 // Fields of fixed length in binary records.
 
 #include <algorithm>
+#include <utility>
 
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/platform/Numbers.h"
@@ -10,12 +11,13 @@ namespace tvk {
 
 namespace {
 
-/// A field of a record, told by the caller.
+/// A field and the text that goes into it.
 struct Field {
     unsigned char * buffer;
     unsigned int bufferSize;
     int offset;
     int length;
+    CString text;
 
     bool fits() const {
         // Deliberate: an unsigned sum of 32 bits. A negative offset makes it wrap, and so may reach
@@ -23,7 +25,21 @@ struct Field {
         return static_cast<unsigned int>(offset) + static_cast<unsigned int>(length) <= bufferSize;
     }
 
+    /// Pad bytes, negative by what the text loses.
+    int margin() const {
+        return platform::low32(static_cast<long long>(length) - text.GetLength());
+    }
+
+    // Requires of the three: length > 0.
     unsigned char * begin() const { return buffer + offset; }
+
+    unsigned char * pad(unsigned char * place, unsigned char padChar) const {
+        return std::fill_n(place, std::max(margin(), 0), padChar);
+    }
+
+    unsigned char * copyText(unsigned char * place) const {
+        return std::copy_n(text.GetString(), std::min(text.GetLength(), length), place);
+    }
 };
 
 int refuse(ErrorInfo * error, char const * message) {
@@ -34,48 +50,30 @@ int refuse(ErrorInfo * error, char const * message) {
     return 0;
 }
 
-/// How the bytes of a field are shared out between the text and the padding.
-struct Shares {
-    int text;
-    int padding;
-
-    Shares(int textLength, int fieldLength)
-        : text(std::min(textLength, fieldLength)), padding(fieldLength - text) {}
-};
-
-/// What both operations return: the padding, negative by what was cut off.
-int missing(int textLength, int fieldLength) {
-    return platform::low32(static_cast<long long>(fieldLength) - textLength);
-}
-
 }  // namespace
 
 int StringUtil::leftPadString(unsigned char * buffer, unsigned int bufferSize, int offset,
                               CString text, unsigned char padChar, int length, ErrorInfo * error) {
-    Field const field = {buffer, bufferSize, offset, length};
+    Field const field = {buffer, bufferSize, offset, length, std::move(text)};
     if (!field.fits()) {
         return refuse(error, "leftPadString: offset + len > buf.length");
     }
     if (length > 0) {
-        Shares const shares(text.GetLength(), length);
-        unsigned char * const textBegin = std::fill_n(field.begin(), shares.padding, padChar);
-        std::copy_n(text.GetString(), shares.text, textBegin);
+        field.copyText(field.pad(field.begin(), padChar));
     }
-    return missing(text.GetLength(), length);
+    return field.margin();
 }
 
 int StringUtil::rightPadString(unsigned char * buffer, unsigned int bufferSize, int offset,
                                CString text, unsigned char padChar, int length, ErrorInfo * error) {
-    Field const field = {buffer, bufferSize, offset, length};
+    Field const field = {buffer, bufferSize, offset, length, std::move(text)};
     if (!field.fits()) {
         return refuse(error, "rightPadString: offset + len > buf.length");
     }
     if (length > 0) {
-        Shares const shares(text.GetLength(), length);
-        unsigned char * const textEnd = std::copy_n(text.GetString(), shares.text, field.begin());
-        std::fill_n(textEnd, shares.padding, padChar);
+        field.pad(field.copyText(field.begin()), padChar);
     }
-    return missing(text.GetLength(), length);
+    return field.margin();
 }
 
 }  // namespace tvk
