@@ -5,10 +5,9 @@
 #include <limits>
 #include <vector>
 
-#include "examples/roundtrip/Printable.h"
 #include "examples/roundtrip/ReadsBack.h"
+#include "examples/support/Printable.h"
 #include "tvk/errors/ErrorInfo.h"
-#include "tvk/platform/CodePage.h"
 #include "tvk/values/ListData.h"
 #include "tvk/values/RecordData.h"
 
@@ -27,11 +26,7 @@ void add(RoundTrip::Way & way, std::size_t bytes, Clock::duration time) {
     way.time += time;
 }
 
-std::string_view bytesOf(CString const & text) {
-    return {text.GetString(), static_cast<std::size_t>(text.GetLength())};
-}
-
-/// The kind of a value and what it holds. Text is in the code page, a terminal wants UTF-8.
+/// The kind of a value and what it holds.
 std::string describe(FieldValue const & value) {
     switch (value.getFieldType()) {
         case FLDTYPE_LIST:
@@ -40,12 +35,8 @@ std::string describe(FieldValue const & value) {
             return "record  " + std::to_string(value.asRecord().getFieldCount()) + " fields";
         case FLDTYPE_NUMBER:
             return "number  " + printable(bytesOf(value.asString()), SHOWN_BYTES);
-        default: {
-            CString const & text = value.asString();
-            CString const utf8 = tvk::platform::ansiToUtf8(
-                text.GetString(), static_cast<unsigned int>(text.GetLength()));
-            return "string  " + printable(bytesOf(utf8), SHOWN_BYTES);
-        }
+        default:
+            return "string  " + printableAnsi(value.asString(), SHOWN_BYTES);
     }
 }
 

@@ -12,9 +12,9 @@
 #include <string_view>
 #include <system_error>
 
-#include "examples/roundtrip/Printable.h"
 #include "examples/roundtrip/Progress.h"
 #include "examples/roundtrip/RoundTrip.h"
+#include "examples/support/Printable.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "examples/roundtrip/Printable.h"
+#include "examples/support/Printable.h"
 
 #include <gtest/gtest.h>
 
@@ -37,6 +37,12 @@ TEST(Printable, CutsAndEscapes) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(printable(row.text, row.limit), row.shown);
     }
+}
+
+TEST(Printable, BringsTextOfTheCodePageToUtf8First) {
+    // The trail byte of the second character is a backslash.
+    EXPECT_EQ(printableAnsi("\x82\xA0\x83\x5C\n", 20), "\xE3\x81\x82\xE3\x82\xBD\\x0A");
+    EXPECT_EQ(printableAnsi("\x82\xA0\x83\x5C", 3), "\xE3\x81\x82...");
 }
 
 }  // namespace

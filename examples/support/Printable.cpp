@@ -1,4 +1,6 @@
-#include "examples/roundtrip/Printable.h"
+#include "examples/support/Printable.h"
+
+#include "tvk/platform/CodePage.h"
 
 namespace {
 
@@ -64,4 +66,14 @@ std::string printable(std::string_view text, std::size_t limit) {
         at += step;
     }
     return out;
+}
+
+std::string printableAnsi(CString const & text, std::size_t limit) {
+    auto const size = static_cast<unsigned int>(text.GetLength());
+    CString const utf8 = tvk::platform::ansiToUtf8(text.GetString(), size);
+    return printable(bytesOf(utf8), limit);
+}
+
+std::string_view bytesOf(CString const & text) {
+    return {text.GetString(), static_cast<std::size_t>(text.GetLength())};
 }
