@@ -2,37 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <string>
 
+#include "tests/support/TimeZone.h"
+
 namespace {
 
 using namespace tvk::platform;
-
-/// The time zone of the process, for as long as it lives.
-class TimeZone {
-public:
-    explicit TimeZone(char const * zone) {
-        if (char const * const before = std::getenv("TZ")) {
-            before_ = before;
-            hadOne_ = true;
-        }
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    TimeZone(TimeZone const &) = delete;
-    TimeZone & operator=(TimeZone const &) = delete;
-    ~TimeZone() {
-        hadOne_ ? setenv("TZ", before_.c_str(), 1) : unsetenv("TZ");
-        tzset();
-    }
-
-private:
-    std::string before_;
-    bool hadOne_ = false;
-};
+using tvk::test::TimeZone;
 
 std::tm calendar(int year, int month, int day, int hour, int minute, int second) {
     std::tm time{};
@@ -62,6 +41,14 @@ TEST(Clock, TellsTheTimeOfTheSystem) {
     long long const after = static_cast<long long>(std::time(nullptr));
     EXPECT_GE(now, (before - 1) * 1000000);  // time() may lag a tick behind
     EXPECT_LT(now, (after + 1) * 1000000);
+}
+
+TEST(Clock, TellsTheTimeInSeconds) {
+    long long const before = currentMicroseconds();
+    long long const now = currentSeconds();
+    long long const after = currentMicroseconds();
+    EXPECT_GE(now, before / 1000000);
+    EXPECT_LE(now, after / 1000000);
 }
 
 TEST(Clock, TellsTheTimeAsATimeval) {

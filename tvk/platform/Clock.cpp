@@ -30,6 +30,8 @@ long long currentMicroseconds() {
     return now<std::chrono::microseconds, std::chrono::system_clock>();
 }
 
+long long currentSeconds() { return now<std::chrono::seconds, std::chrono::system_clock>(); }
+
 timeval currentTimeval() {
     long long const time = currentMicroseconds();
     return makeTimeval(time / MICROSECONDS_PER_SECOND, time % MICROSECONDS_PER_SECOND);

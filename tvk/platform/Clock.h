@@ -12,7 +12,10 @@ namespace tvk::platform {
 /// Microseconds since 1970-01-01 00:00:00 UTC.
 long long currentMicroseconds();
 
-/// The same as a timeval.
+/// The same in whole seconds.
+long long currentSeconds();
+
+/// Microseconds since the epoch as a timeval.
 timeval currentTimeval();
 
 /// The local time to the millisecond.
