@@ -2,18 +2,19 @@
 # does it. To be sourced by bash.
 
 packages_run=(g++ cmake ninja-build ccache)
-packages_test=("${packages_run[@]}" pkg-config libgtest-dev libgmock-dev)
+packages_test=("${packages_run[@]}" pkg-config libgtest-dev libgmock-dev tzdata)
 packages_ci=("${packages_test[@]}" clang clang-format clang-tidy libclang-rt-14-dev libfuzzer-14-dev)
 packages_bench=("${packages_run[@]}" pkg-config libbenchmark-dev rapidjson-dev libyajl-dev
     libsimdjson-dev nlohmann-json3-dev libjsoncpp-dev libboost1.81-dev libboost-json1.81-dev
     libutfcpp-dev)
 
-# package_is_here PACKAGE: a tool counts however it was installed, a library is asked of dpkg.
-# Without dpkg a library is left to CMake, which names what it does not find.
+# package_is_here PACKAGE: a tool counts however it was installed, what is no tool is asked of dpkg.
+# Without dpkg a library is left to CMake, which names what it does not find, and the zone files to the
+# tests, which miss them by name.
 package_is_here() {
     case $1 in
         ninja-build) command -v ninja >/dev/null ;;
-        lib*-dev | *-dev)
+        *-dev | tzdata)
             ! command -v dpkg-query >/dev/null ||
                 [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
             ;;

@@ -36,6 +36,7 @@
 #include "tvk/platform/SimpleMutex.h"
 #include "tvk/platform/SystemTime.h"
 #include "tvk/platform/TimeVal.h"
+#include "tvk/text/DateTimeUtil.h"
 #include "tvk/text/StringUtil.h"
 #include "tvk/values/FieldTypeEnum.h"
 #include "tvk/values/FieldValue.h"
