@@ -139,7 +139,7 @@ private:
 
     RefCountedPtr<tvk::FieldDefImpl> readField(ObjectReader & object,
                                                tvk::DataTypeDef const * from) {
-        RefCountedPtr<tvk::FieldDefImpl> const field(new tvk::FieldDefImpl("", "", ""));
+        RefCountedPtr<tvk::FieldDefImpl> field(new tvk::FieldDefImpl("", "", ""));
         setTexts(*field, object);
         field->setTypeName(object.requiredText("type"));
         field->setMaxSize(object.optionalCount("maxSize"));
