@@ -14,6 +14,9 @@ void addJsonRows(Peers const & peers);
 void addCacheRows(Peers const & peers);
 void addCodePageRows(Peers const & peers);
 void addUtf8Rows(Peers const & peers);
+void addEncoderRows(Peers const & peers);
+void addDateRows(Peers const & peers);
+void addSplitRows(Peers const & peers);
 
 /// What one pass over the documents of a row handles.
 struct PassSize {

@@ -7,8 +7,11 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "tvk/platform/CString.h"
+#include "tvk/platform/TimeVal.h"
 #include "tvk/values/FieldValue.h"
 #include "tvk/values/RefCountedPtr.h"
 
@@ -137,6 +140,35 @@ public:
     virtual std::size_t count(std::string_view text) = 0;
 };
 
+/// A function of one item.
+template <class Item, class Result>
+class ItemWork {
+public:
+    virtual ~ItemWork() = default;
+    /// What the peers are compared by.
+    virtual Result resultOf(Item const & item) = 0;
+    /// What is timed: makes the result of each item and drops it.
+    virtual void runAll(std::span<Item const> items) = 0;
+};
+
+/// Bytes to base64, or to hexadecimal digits.
+using Encoder = ItemWork<std::string_view, std::string>;
+
+/// "2014/01/02 03:04:05.678" as local time to microseconds since the epoch, and back. A NUL stands
+/// behind the text that is read.
+using DateParser = ItemWork<std::string_view, std::int64_t>;
+using DateFormatter = ItemWork<timeval, std::string>;
+
+/// A text to split, in the types that each side has for it.
+struct SplitTask {
+    std::string text;
+    std::string delimiter;
+    CString tvkText;
+    CString tvkDelimiter;
+};
+
+using Splitter = ItemWork<SplitTask, std::vector<std::string>>;
+
 /// A way to do a work, by name. `make` is called whenever its row is run.
 template <class Work>
 struct Peer {
@@ -154,11 +186,16 @@ struct Peers {
     std::vector<Peer<Interner>> interners;
     std::vector<Peer<CodePageConverter>> codePageConverters;
     std::vector<Peer<Utf8Decoder>> utf8Decoders;
+    std::vector<Peer<Encoder>> base64Encoders;
+    std::vector<Peer<Encoder>> hexEncoders;
+    std::vector<Peer<DateParser>> dateParsers;
+    std::vector<Peer<DateFormatter>> dateFormatters;
+    std::vector<Peer<Splitter>> splitters;
 };
 
 template <class Implementation, class Work>
-void addPeer(std::vector<Peer<Work>> & peers, char const * name, bool japaneseOnly = false) {
-    peers.push_back({name,
+void addPeer(std::vector<Peer<Work>> & peers, std::string name, bool japaneseOnly = false) {
+    peers.push_back({std::move(name),
                      []() -> std::unique_ptr<Work> { return std::make_unique<Implementation>(); },
                      japaneseOnly});
 }

@@ -10,6 +10,7 @@ tvk::bench::Peers allPeers() {
     Peers peers;
     addTvk(peers);
     addStdUnorderedMap(peers);
+    addStdSplit(peers);
 #if defined(TVK_BENCH_HAS_RAPIDJSON)
     addRapidJson(peers);
 #endif
@@ -40,6 +41,21 @@ tvk::bench::Peers allPeers() {
 #if defined(TVK_BENCH_HAS_BOOST_LOCALE)
     addBoostLocale(peers);
 #endif
+#if defined(TVK_BENCH_HAS_OPENSSL)
+    addOpenSsl(peers);
+#endif
+#if defined(TVK_BENCH_HAS_NETTLE)
+    addNettle(peers);
+#endif
+#if defined(TVK_BENCH_HAS_BOOST_HEX)
+    addBoostHex(peers);
+#endif
+#if defined(TVK_BENCH_HAS_POSIX_TIME)
+    addPosixTime(peers);
+#endif
+#if defined(TVK_BENCH_HAS_FMT)
+    addFmt(peers);
+#endif
     return peers;
 }
 
@@ -55,6 +71,9 @@ int main(int argc, char ** argv) {
     tvk::bench::addCacheRows(peers);
     tvk::bench::addCodePageRows(peers);
     tvk::bench::addUtf8Rows(peers);
+    tvk::bench::addEncoderRows(peers);
+    tvk::bench::addDateRows(peers);
+    tvk::bench::addSplitRows(peers);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

@@ -11,8 +11,10 @@ import json
 import sys
 
 
-WORKS = ["scan", "read", "write", "cache_hit", "to_932", "from_932", "utf8_decode", "utf8_count"]
-CORPORA = ["trading", "twitter", "citm_catalog", "canada"]
+WORKS = ["scan", "read", "write", "cache_hit", "to_932", "from_932", "utf8_decode", "utf8_count",
+         "base64", "hex", "parse_date", "format_date", "split"]
+CORPORA = ["trading", "twitter", "citm_catalog", "canada",
+           "24_ascii", "24_any", "1k_ascii", "1k_any", "64k_ascii", "64k_any"]
 
 UNITS = [("ns", 1), ("us", 1e3), ("ms", 1e6)]
 

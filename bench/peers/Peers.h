@@ -7,6 +7,7 @@ namespace tvk::bench {
 
 void addTvk(Peers & peers);
 void addStdUnorderedMap(Peers & peers);
+void addStdSplit(Peers & peers);
 #if defined(TVK_BENCH_HAS_RAPIDJSON)
 void addRapidJson(Peers & peers);
 #endif
@@ -36,6 +37,21 @@ void addUtfcpp(Peers & peers);
 #endif
 #if defined(TVK_BENCH_HAS_BOOST_LOCALE)
 void addBoostLocale(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_OPENSSL)
+void addOpenSsl(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_NETTLE)
+void addNettle(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_BOOST_HEX)
+void addBoostHex(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_POSIX_TIME)
+void addPosixTime(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_FMT)
+void addFmt(Peers & peers);
 #endif
 
 }  // namespace tvk::bench

@@ -1,5 +1,6 @@
 #include <string>
 
+#include "bench/peers/EachItem.h"
 #include "bench/peers/Peers.h"
 #include "tvk/tvk.h"
 
@@ -190,6 +191,39 @@ public:
     }
 };
 
+struct TvkBase64 {
+    CString operator()(std::string_view bytes) const {
+        return StringUtil::base64Encode(bytes.data(), sizeOf(bytes), false);
+    }
+};
+
+struct TvkHex {
+    CString operator()(std::string_view bytes) const {
+        return StringUtil::toHexString(bytes.data(), sizeOf(bytes));
+    }
+};
+
+struct TvkDateParser {
+    std::int64_t operator()(std::string_view text) const {
+        timeval time{};
+        return DateTimeUtil::parseDateTime(text.data(), sizeOf(text), &time)
+                   ? std::int64_t{time.tv_sec} * 1000000 + time.tv_usec
+                   : -1;
+    }
+};
+
+struct TvkDateFormatter {
+    CString operator()(timeval const & time) const {
+        return DateTimeUtil::formatDisplayDateTime(time, '/');
+    }
+};
+
+struct TvkSplitter {
+    std::vector<CString> operator()(SplitTask const & task) const {
+        return StringUtil::split(task.tvkText, task.tvkDelimiter);
+    }
+};
+
 }  // namespace
 
 void addTvk(Peers & peers) {
@@ -202,6 +236,11 @@ void addTvk(Peers & peers) {
     addPeer<TvkCodePageIntoRoom>(peers.codePageConverters, "tvk");
     addPeer<TvkCodePage>(peers.codePageConverters, "tvk_CString");
     addPeer<TvkUtf8>(peers.utf8Decoders, "tvk");
+    addFunction<TvkBase64>(peers.base64Encoders, "tvk");
+    addFunction<TvkHex>(peers.hexEncoders, "tvk");
+    addFunction<TvkDateParser>(peers.dateParsers, "tvk");
+    addFunction<TvkDateFormatter>(peers.dateFormatters, "tvk");
+    addFunction<TvkSplitter>(peers.splitters, "tvk");
 }
 
 }  // namespace tvk::bench
