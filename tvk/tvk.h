@@ -3,6 +3,11 @@
 /// Every public header of the library.
 
 #include "tvk/agent/KestrinUtil.h"
+#include "tvk/chart/ChartHistoricalDataRec.h"
+#include "tvk/chart/ChartHistoricalDataRecImpl.h"
+#include "tvk/chart/ChartRealDataRec.h"
+#include "tvk/chart/ChartRealDataRecImpl.h"
+#include "tvk/chart/PriceKindEnum.h"
 #include "tvk/definitions/DataTypeDef.h"
 #include "tvk/definitions/DataTypeDefManager.h"
 #include "tvk/definitions/FieldDef.h"

@@ -1,0 +1,7 @@
+#include "tvk/chart/ChartHistoricalDataRec.h"
+
+namespace tvk {
+
+ChartHistoricalDataRec::~ChartHistoricalDataRec() = default;
+
+}  // namespace tvk

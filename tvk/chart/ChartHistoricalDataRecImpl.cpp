@@ -1,0 +1,7 @@
+#include "tvk/chart/ChartHistoricalDataRecImpl.h"
+
+namespace tvk {
+
+ChartHistoricalDataRecImpl::~ChartHistoricalDataRecImpl() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/chart/ChartRealDataRec.h"
+
+namespace tvk {
+
+ChartRealDataRec::~ChartRealDataRec() = default;
+
+}  // namespace tvk

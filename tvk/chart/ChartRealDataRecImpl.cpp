@@ -1,0 +1,7 @@
+#include "tvk/chart/ChartRealDataRecImpl.h"
+
+namespace tvk {
+
+ChartRealDataRecImpl::~ChartRealDataRecImpl() = default;
+
+}  // namespace tvk
