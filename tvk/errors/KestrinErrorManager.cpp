@@ -1,0 +1,7 @@
+#include "tvk/errors/KestrinErrorManager.h"
+
+namespace tvk {
+
+KestrinErrorManager::~KestrinErrorManager() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/errors/KestrinErrorShower.h"
+
+namespace tvk {
+
+KestrinErrorShower::~KestrinErrorShower() = default;
+
+}  // namespace tvk
