@@ -2,6 +2,16 @@
 
 /// Every public header of the library.
 
+#include "tvk/agent/AbstractAsyncRequestOperation.h"
+#include "tvk/agent/AbstractKestrin.h"
+#include "tvk/agent/AsyncReplyHandler.h"
+#include "tvk/agent/AsyncRequestOperation.h"
+#include "tvk/agent/InternalSubscriptionInfo.h"
+#include "tvk/agent/Kestrin.h"
+#include "tvk/agent/KestrinConfig.h"
+#include "tvk/agent/KestrinListener.h"
+#include "tvk/agent/KestrinNoticeMessageHandler.h"
+#include "tvk/agent/KestrinStatusEnum.h"
 #include "tvk/agent/KestrinUtil.h"
 #include "tvk/chart/ChartHistoricalDataRec.h"
 #include "tvk/chart/ChartHistoricalDataRecImpl.h"

@@ -1,0 +1,7 @@
+#include "tvk/agent/AsyncReplyHandler.h"
+
+namespace tvk {
+
+AsyncReplyHandler::~AsyncReplyHandler() = default;
+
+}  // namespace tvk

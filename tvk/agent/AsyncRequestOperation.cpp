@@ -1,0 +1,7 @@
+#include "tvk/agent/AsyncRequestOperation.h"
+
+namespace tvk {
+
+AsyncRequestOperation::~AsyncRequestOperation() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/agent/Kestrin.h"
+
+namespace tvk {
+
+Kestrin::~Kestrin() = default;
+
+}  // namespace tvk

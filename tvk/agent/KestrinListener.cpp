@@ -1,0 +1,7 @@
+#include "tvk/agent/KestrinListener.h"
+
+namespace tvk {
+
+KestrinListener::~KestrinListener() = default;
+
+}  // namespace tvk

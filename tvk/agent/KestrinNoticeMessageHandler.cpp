@@ -1,0 +1,7 @@
+#include "tvk/agent/KestrinNoticeMessageHandler.h"
+
+namespace tvk {
+
+KestrinNoticeMessageHandler::~KestrinNoticeMessageHandler() = default;
+
+}  // namespace tvk
