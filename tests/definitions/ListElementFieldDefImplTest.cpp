@@ -86,7 +86,7 @@ TEST_F(ListElementFieldDefImplTest, TakesItsNameFromTheIndex) {
     }
 }
 
-TEST_F(ListElementFieldDefImplTest, DeliberateQualifiesItsNameBeforeItHasOne) {
+TEST_F(ListElementFieldDefImplTest, QualifiesItsNameBeforeItHasOne) {
     EXPECT_EQ(element_->getQualifiedName(), "Order.items[0]");
     EXPECT_EQ(element_->getName(), "");
 }

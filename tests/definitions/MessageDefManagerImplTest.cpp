@@ -144,7 +144,7 @@ TEST_F(MessageDefManagerImplTest, KeepsTheNamesOfTypesAndMessagesApart) {
     EXPECT_EQ(registry_->getDataTypeDefByName("Only"), nullptr);
 }
 
-TEST_F(MessageDefManagerImplTest, KeepsADefinitionUnderTheNameOfItsAdding) {
+TEST_F(MessageDefManagerImplTest, DeliberateKeepsADefinitionUnderTheNameOfItsAdding) {
     auto * const type = new RecordTypeDefImpl("old", "", "");
     auto * const message = new MessageTypeDefImpl("old", "", "");
     registry_->addDataType(type);

@@ -235,7 +235,7 @@ TYPED_TEST_P(RecordSuite, StaysAsItWasWhenMemoryIsOut) {
     EXPECT_EQ(field->getRefCount(), 1);
 }
 
-TYPED_TEST_P(RecordSuite, KeepsAFieldUnderTheNameOfItsAdding) {
+TYPED_TEST_P(RecordSuite, DeliberateKeepsAFieldUnderTheNameOfItsAdding) {
     TypeParam & record = *this->record_;
     auto const renamed = this->field("old");
     record.addFieldDef(renamed.get());
@@ -284,6 +284,6 @@ REGISTER_TYPED_TEST_SUITE_P(RecordSuite, StartsEmpty, TakesThreeTexts, ReadsNull
                             ReleasesItsFieldsAtItsEnd, ThrowsAnErrorForADuplicateName,
                             NamesTheRefusedFieldInTheError, NamesTheRefusedFieldWhateverItsBytes,
                             StaysAsItWasWhenANameIsTaken, StaysAsItWasWhenMemoryIsOut,
-                            KeepsAFieldUnderTheNameOfItsAdding, AgreesWithAPlainModel);
+                            DeliberateKeepsAFieldUnderTheNameOfItsAdding, AgreesWithAPlainModel);
 
 }  // namespace tvk::test

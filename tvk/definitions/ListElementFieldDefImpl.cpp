@@ -38,10 +38,7 @@ DataTypeDef const * ListElementFieldDefImpl::getType() const {
     return listType_->getElementTypeDef();
 }
 
-CString const & ListElementFieldDefImpl::getTypeName() const {
-    // Deliberate: the list's, though getType is the element's. Users show it as the declared type.
-    return field_->getTypeName();
-}
+CString const & ListElementFieldDefImpl::getTypeName() const { return field_->getTypeName(); }
 
 int ListElementFieldDefImpl::getMaxSize() const { return maxSize_; }
 

@@ -16,12 +16,15 @@ public:
     RecordTypeDef const * getEnclosingRecordType() const override;  ///< the field's
     CString const & getName() const override;    ///< "[index]", empty until setIndex
     CString const & getNameJa() const override;  ///< the same
-    /// The field's qualified name and the index in square brackets, right before setIndex too.
+    /// The field's qualified name and the index in square brackets. Right before setIndex too, when
+    /// there is no name yet.
     CString getQualifiedName() const override;
     CString const & getDescription() const override;  ///< the field's
     DataTypeDef const * getType() const override;     ///< the list's element type
-    CString const & getTypeName() const override;     ///< the field's: the list's type name
-    int getMaxSize() const override;                  ///< 0 until set
+    /// Deliberate: the field's, so the list's type name, though getType is the element's. Users show
+    /// how the field is declared.
+    CString const & getTypeName() const override;
+    int getMaxSize() const override;  ///< 0 until set
     unsigned int getIndex() const override;
 
     void setIndex(unsigned int index);

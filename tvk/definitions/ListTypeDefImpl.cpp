@@ -5,15 +5,9 @@ namespace tvk {
 ListTypeDefImpl::ListTypeDefImpl() = default;
 
 ListTypeDefImpl::ListTypeDefImpl(char const * name, char const * nameJa, char const * description)
-    : name_(name), nameJa_(nameJa), description_(description) {}
+    : NamedDef(name, nameJa, description) {}
 
 ListTypeDefImpl::~ListTypeDefImpl() = default;
-
-CString const & ListTypeDefImpl::getName() const { return name_; }
-
-CString const & ListTypeDefImpl::getNameJa() const { return nameJa_; }
-
-CString const & ListTypeDefImpl::getDescription() const { return description_; }
 
 bool ListTypeDefImpl::isSimpleType() const { return false; }
 
@@ -28,12 +22,6 @@ CString const & ListTypeDefImpl::getElementTypeName() const { return elementType
 unsigned int ListTypeDefImpl::getLengthOfCount() const { return lengthOfCount_; }
 
 CString const & ListTypeDefImpl::getElementFieldName() const { return elementFieldName_; }
-
-void ListTypeDefImpl::setName(CString const & name) { name_ = name; }
-
-void ListTypeDefImpl::setNameJa(CString const & nameJa) { nameJa_ = nameJa; }
-
-void ListTypeDefImpl::setDescription(CString const & description) { description_ = description; }
 
 void ListTypeDefImpl::setElementTypeDef(DataTypeDef const * elementType) {
     elementType_ = elementType;

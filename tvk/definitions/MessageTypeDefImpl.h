@@ -1,7 +1,6 @@
 #pragma once
 
-#include "tvk/definitions/RecordTypeDef.h"
-#include "tvk/definitions/detail/FieldDefTable.h"
+#include "tvk/definitions/detail/RecordDef.h"
 
 namespace tvk {
 
@@ -12,46 +11,22 @@ class MessageTypeDef;
 /// Deliberate: stands beside MessageTypeDef and does not derive from it, though it has the same virtual
 /// operations in the same order. Whoever wants a `MessageTypeDef const *` converts the pointer
 /// explicitly, which that order makes work; asMessageTypeDef does it in one place.
-class TVK_API MessageTypeDefImpl : public RecordTypeDef {
+class TVK_API MessageTypeDefImpl : public detail::RecordDef {
 public:
     MessageTypeDefImpl();
     MessageTypeDefImpl(char const * name, char const * nameJa, char const * description);
 
-    CString const & getName() const override;
-    CString const & getNameJa() const override;
-    CString const & getDescription() const override;
-    bool isSimpleType() const override;
-    bool isRecordType() const override;
-    bool isListType() const override;
-    std::vector<FieldDef const *> const & getFieldDefList() const override;
-    FieldDef const * getFieldDef(CString const & name) const override;
-    unsigned int getFieldCount() const override;
-    CString const & getKind() const override;
     virtual CString const & getMessageTypeId() const;
 
     /// This object as what MessageDefManagerImpl takes. Not counted.
     MessageTypeDef const * asMessageTypeDef() const;
 
-    void setName(CString const & name);  ///< A registry keeps the old name as the key.
-    void setNameJa(CString const & nameJa);
-    void setDescription(CString const & description);
-    void setKind(CString const & kind);
     void setMessageTypeId(CString const & messageTypeId);
-
-    /// Appends a field and takes one count on it. A name that is taken throws an ErrorInfo by value
-    /// (ErrorDomain_Kestrin, ERR_UnexpectedError, "duplicated field definition: " and the qualified
-    /// name of `field`); nothing has changed then. Requires: not null.
-    void addFieldDef(FieldDef const * field);
 
 private:
     ~MessageTypeDefImpl() override;
 
-    CString name_;
-    CString nameJa_;
-    CString description_;
-    CString kind_;
     CString messageTypeId_;
-    detail::FieldDefTable fields_;
 };
 
 }  // namespace tvk
