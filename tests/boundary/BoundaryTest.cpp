@@ -4,6 +4,7 @@
 #include <typeinfo>
 
 #include "tests/boundary/Module.h"
+#include "tvk/definitions/SimpleTypeDef.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/json/JsonMessageParser.h"
 #include "tvk/json/JsonMessageSerializer.h"
@@ -48,6 +49,9 @@ TEST(Boundary, ModuleCatchesWhatTheLibraryThrows) {
     EXPECT_EQ(messageOfScanning("x"),
               "invalid message data near position 0: tag '{' is expected, but was <x>...");
     EXPECT_EQ(messageOfAskingForAList(*FieldValue::TRUE_VALUE), "not a list data value");
+    RefCountedPtr<RecordTypeDefImpl> const record = new RecordTypeDefImpl("Rec", "", "");
+    EXPECT_EQ(messageOfAddingAField(*record, "a"), "");
+    EXPECT_EQ(messageOfAddingAField(*record, "a"), "duplicated field definition: Rec.a");
 }
 
 TEST(Boundary, LibraryCatchesWhatTheModuleThrows) {
@@ -75,6 +79,22 @@ TEST(Boundary, LibraryDestroysARecordOfTheModule) {
     EXPECT_EQ(alive, 1);
     list->removeAllElements();
     EXPECT_EQ(alive, 0);
+}
+
+TEST(Boundary, ProgramReadsTheDefinitionsOfTheModule) {
+    RefCountedPtr<MessageDefManager const> const registry = makeModuleRegistry();
+    ASSERT_EQ(registry->getDataTypeDefList().size(), 5u);
+    EXPECT_EQ(registry->getDataTypeDefByName("string"), SimpleTypeDef::STRING_TYPE());
+    MessageTypeDef const * const quote = registry->getMessageDefByName("Quote");
+    ASSERT_NE(quote, nullptr);
+    EXPECT_STREQ(quote->getMessageTypeId(), "N101");
+    FieldDef const * const price = quote->getFieldDef("price");
+    ASSERT_NE(price, nullptr);
+    EXPECT_STREQ(price->getQualifiedName(), "Quote.price");
+    EXPECT_EQ(price->getType(), registry->getDataTypeDefByName("Price"));
+    auto const * const type = dynamic_cast<SimpleTypeDef const *>(price->getType());
+    ASSERT_NE(type, nullptr);
+    EXPECT_TRUE(type->isDerivedType());
 }
 
 TEST(Boundary, LibraryWritesARecordOfTheModule) {

@@ -1,5 +1,9 @@
 #include "tests/boundary/Module.h"
 
+#include "tvk/definitions/FieldDefImpl.h"
+#include "tvk/definitions/MessageDefManagerImpl.h"
+#include "tvk/definitions/MessageTypeDefImpl.h"
+#include "tvk/definitions/SimpleTypeDef.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/json/JsonUtil.h"
 #include "tvk/values/MappedRecordData.h"
@@ -21,6 +25,22 @@ private:
     ~ModuleRecord() override { --*alive_; }
 
     int * alive_;
+};
+
+class PriceType : public SimpleTypeDef {
+public:
+    CString const & getName() const override { return name_; }
+    CString const & getNameJa() const override { return name_; }
+    CString const & getDescription() const override { return name_; }
+    bool isSimpleType() const override { return true; }
+    bool isRecordType() const override { return false; }
+    bool isListType() const override { return false; }
+    bool isDerivedType() const override { return true; }
+
+private:
+    ~PriceType() override = default;
+
+    CString name_ = "Price";
 };
 
 class ModuleConverter : public SimpleObjectCache::RawDataToObjectConverter {
@@ -84,6 +104,27 @@ std::string messageOfAskingForAList(FieldValue const & value) {
         return text;
     }
     return "";
+}
+
+std::string messageOfAddingAField(RecordTypeDefImpl & record, char const * name) {
+    RefCountedPtr<FieldDef> const field = new FieldDefImpl(&record, CString(name), nullptr);
+    try {
+        record.addFieldDef(field.get());
+    } catch (ErrorInfo const & error) {
+        return error.getErrorMessage().GetString();
+    }
+    return "";
+}
+
+RefCountedPtr<MessageDefManager const> makeModuleRegistry() {
+    RefCountedPtr<MessageDefManagerImpl> const registry = new MessageDefManagerImpl;
+    auto * const price = new PriceType;
+    registry->addDataType(price);
+    auto * const quote = new MessageTypeDefImpl("Quote", "", "");
+    quote->setMessageTypeId("N101");
+    registry->addMessageType(quote->asMessageTypeDef());
+    quote->addFieldDef(new FieldDefImpl(quote, CString("price"), price));
+    return registry;
 }
 
 RefCountedPtr<RecordData> makeModuleRecord(int * alive) { return new ModuleRecord(alive); }

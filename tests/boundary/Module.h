@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "tvk/definitions/MessageDefManager.h"
+#include "tvk/definitions/RecordTypeDefImpl.h"
 #include "tvk/errors/ErrorInfo.h"
 #include "tvk/json/SimpleObjectCache.h"
 #include "tvk/values/FieldValue.h"
@@ -31,6 +33,12 @@ TVK_MODULE_API void throwErrorInfo(char const * message);
 TVK_MODULE_API std::string messageOfScanning(std::string const & json);
 /// The text that the library throws for the list of a value that has none.
 TVK_MODULE_API std::string messageOfAskingForAList(FieldValue const & value);
+
+/// The text of what the library throws when the module adds the field; empty if it throws nothing.
+TVK_MODULE_API std::string messageOfAddingAField(RecordTypeDefImpl & record, char const * name);
+/// A registry that the module has filled with the message type "Quote" of the identifier "N101", whose one
+/// field "price" is of a type of a class of the module, "Price".
+TVK_MODULE_API RefCountedPtr<MessageDefManager const> makeModuleRegistry();
 
 /// A record of a class of the module. Counts itself in `*alive`.
 TVK_MODULE_API RefCountedPtr<RecordData> makeModuleRecord(int * alive);
