@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include <vector>
 
 #include "tests/support/Recorded.h"
 #include "tvk/definitions/FieldDefImpl.h"
@@ -9,7 +9,7 @@
 
 namespace tvk::test {
 
-/// A text that a zero-terminated one could not carry: NUL and bytes beyond ASCII. "Z" sorts before it.
+/// A text that a zero-terminated one could not carry: NUL and bytes beyond ASCII.
 inline CString oddText() { return CString("a\0\x8A\xFF", 4); }
 
 /// The texts of a definition, for doubles of any of its interfaces; the rest is empty.
