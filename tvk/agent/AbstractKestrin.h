@@ -2,6 +2,7 @@
 
 #include <list>
 #include <map>
+#include <memory>
 
 #include "tvk/agent/InternalSubscriptionInfo.h"
 #include "tvk/agent/Kestrin.h"
@@ -164,7 +165,7 @@ private:
     mutable RefCountedPtr<PropertySet> properties_;  // null where the constructor got no memory
     std::list<KestrinListener *> listeners_;
     std::map<CString, std::list<KestrinNoticeMessageHandler *>> messageHandlers_;
-    std::map<CString, InternalSubscriptionInfo *> subscriptions_;  // owned
+    std::map<CString, std::unique_ptr<InternalSubscriptionInfo>> subscriptions_;
     RefCountedPtr<KestrinErrorManager> errorManager_;
 };
 

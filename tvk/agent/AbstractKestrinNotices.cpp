@@ -112,10 +112,8 @@ int AbstractKestrin::subscribe(CString const & type, CString const & subject) {
     auto const entry = subscriptions_.find(code);
     int count = 1;
     if (entry == subscriptions_.end()) {
-        auto info = std::make_unique<InternalSubscriptionInfo>(
-            InternalSubscriptionInfo{type, subject, count});
-        subscriptions_.emplace(code, info.get());
-        info.release();
+        subscriptions_.emplace(code, std::make_unique<InternalSubscriptionInfo>(
+                                         InternalSubscriptionInfo{type, subject, count}));
     } else {
         count = ++entry->second->count;
     }
