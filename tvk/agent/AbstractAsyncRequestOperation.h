@@ -11,6 +11,8 @@ class TVK_API AbstractAsyncRequestOperation : public AsyncRequestOperation {
 public:
     AbstractAsyncRequestOperation(RefCountedPtr<KestrinMessage> const & request,
                                   AsyncReplyHandler * replyHandler, void * userObject);
+    AbstractAsyncRequestOperation(AbstractAsyncRequestOperation const &) = delete;
+    AbstractAsyncRequestOperation & operator=(AbstractAsyncRequestOperation const &) = delete;
     ~AbstractAsyncRequestOperation() override;
 
     bool isCanceled() const override;
