@@ -72,7 +72,7 @@ public:
     int removeMessageHandler(CString const & type, CString const & subject,
                              KestrinNoticeMessageHandler const * handler) override;
     bool hasMessageHandler(CString const & type, CString const & subject,
-                           KestrinNoticeMessageHandler const * handler) const override;
+                           KestrinNoticeMessageHandler const * handler) override;
     int removeMessageHandlers(CString const & type, CString const & subject) override;
     int removeAllMessageHandlers() override;
     std::vector<KestrinNoticeMessageHandler *> getMessageHandlers(

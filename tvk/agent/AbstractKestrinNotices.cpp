@@ -54,7 +54,7 @@ int AbstractKestrin::removeMessageHandler(CString const & type, CString const & 
 }
 
 bool AbstractKestrin::hasMessageHandler(CString const & type, CString const & subject,
-                                        KestrinNoticeMessageHandler const * handler) const {
+                                        KestrinNoticeMessageHandler const * handler) {
     auto const entry = messageHandlers_.find(createSubjectCode(type, subject));
     return entry != messageHandlers_.end() &&
            std::find(entry->second.begin(), entry->second.end(), handler) != entry->second.end();

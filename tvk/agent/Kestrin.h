@@ -89,8 +89,9 @@ public:
     /// Removes the first entry of `handler`. The number of entries removed: 1 or 0.
     virtual int removeMessageHandler(CString const & type, CString const & subject,
                                      KestrinNoticeMessageHandler const * handler) = 0;
+    /// Deliberate: not const, unlike the other questions. Concrete agents override it as it stands.
     virtual bool hasMessageHandler(CString const & type, CString const & subject,
-                                   KestrinNoticeMessageHandler const * handler) const = 0;
+                                   KestrinNoticeMessageHandler const * handler) = 0;
     virtual int removeMessageHandlers(CString const & type,
                                       CString const & subject) = 0;  ///< the number removed
     virtual int removeAllMessageHandlers() = 0;                      ///< the number removed
