@@ -92,7 +92,7 @@ public:
     /// Who gets a notice of this type and subject, in the order of delivery: the handlers of any type
     /// and subject, of the type with any subject, of any type with the subject, and the exact ones;
     /// within each the order of addition. A handler stands there as often as it is registered under
-    /// these.
+    /// these; a type or subject that is itself the wildcard makes them meet, and lists it for each.
     ///
     /// Deliberate: the widest first, since books that see every notice must see it before the screens
     /// that show it.
@@ -114,7 +114,9 @@ protected:
 public:  // for the concrete agent and the parts that it is made of
     // Deliver the outcome of a request, unless `handler` is null, an outcome was delivered before or,
     // but for onCanceled, the operation is cancelled. The operation is marked as fired behind the
-    // callback, so one that throws leaves it open. `operation` may be null only where `handler` is.
+    // callback, so one that throws leaves it open. `operation` may be null only where `handler` is;
+    // the caller holds a reference to it meanwhile, and fires the outcomes of one operation on one
+    // thread.
     virtual void fireReplyHandlerOnReply(AsyncRequestOperation * operation,
                                          AsyncReplyHandler * handler,
                                          RefCountedPtr<KestrinMessage> const & request,

@@ -18,6 +18,8 @@ constexpr std::size_t USUAL_POSSIBLE_HANDLERS = 16;
 
 }  // namespace
 
+// Deliberate: nothing is escaped, so the pairs (a-b, c) and (a, b-c) are one. An agent whose types
+// or subjects hold a hyphen overrides this, for both tables at once.
 CString AbstractKestrin::createSubjectCode(CString const & type, CString const & subject) const {
     CString code;
     code.Preallocate(type.GetLength() + 1 + subject.GetLength());

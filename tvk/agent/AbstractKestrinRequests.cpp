@@ -36,8 +36,8 @@ void AbstractKestrin::cancelAsyncRequestsByHandler(AsyncReplyHandler const * han
     doCancelAsyncRequestsByHandler(handler);
 }
 
-// The mark is set behind the callback: one that throws leaves the request open, and one that fires
-// the same operation again from inside is called again.
+// Deliberate: the mark is set behind the callback. One that throws leaves the request open for
+// another outcome; one that fires the same operation again from inside is called again.
 
 void AbstractKestrin::fireReplyHandlerOnReply(AsyncRequestOperation * operation,
                                               AsyncReplyHandler * handler,
@@ -64,7 +64,8 @@ void AbstractKestrin::fireReplyHandlerOnCanceled(AsyncRequestOperation * operati
                                                  AsyncReplyHandler * handler,
                                                  RefCountedPtr<KestrinMessage> const & request,
                                                  void * userObject) {
-    // The one outcome that a cancelled request may still have.
+    // Deliberate: whether it is cancelled is not asked. This is the one outcome that a cancelled
+    // request may still have, and an agent may report it before it marks the operation.
     if (handler != nullptr && !operation->isFired()) {
         handler->onCanceled(request, userObject);
         operation->setFired(true);
