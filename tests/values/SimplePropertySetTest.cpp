@@ -10,6 +10,7 @@
 
 #include "tests/support/ExactBuffer.h"
 #include "tests/support/PrintCString.h"
+#include "tests/support/PropertySetOrder.h"
 #include "tests/support/VirtualOrder.h"
 #include "tvk/values/RefCountedPtr.h"
 
@@ -249,23 +250,9 @@ TEST(PropertySet, DeliberateAssignmentTakesOverTheCountAlone) {
     target->removeRef();
 }
 
-template <class Class>
-void expectOrder() {
-    test::expectVirtualOrder(
-        3, {{"setProperty", slotOf<void(CString const &, CString const &)>(&Class::setProperty)},
-            {"getProperty", slotOf<CString(CString const &) const>(&Class::getProperty)},
-            {"hasProperty", slotOf<bool(CString const &) const>(&Class::hasProperty)},
-            {"addProperties", slotOf(&Class::addProperties)},
-            {"mergeProperties", slotOf(&Class::mergeProperties)},
-            {"removeProperty", slotOf(&Class::removeProperty)},
-            {"removeAllProperties", slotOf(&Class::removeAllProperties)},
-            {"getPropertyNames", slotOf(&Class::getPropertyNames)},
-            {"getPropertyCount", slotOf(&Class::getPropertyCount)}});
-}
-
 TEST(PropertySetOrder, StandsBehindThatOfRefCounted) {
-    expectOrder<PropertySet>();
-    expectOrder<SimplePropertySet>();
+    test::expectPropertySetOrder<PropertySet>();
+    test::expectPropertySetOrder<SimplePropertySet>();
 }
 
 class OneMore : public PropertySet {
