@@ -4,6 +4,7 @@
 #include <typeinfo>
 
 #include "tests/boundary/Module.h"
+#include "tests/support/RecordingListener.h"
 #include "tvk/definitions/SimpleTypeDef.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/json/JsonMessageParser.h"
@@ -105,6 +106,27 @@ TEST(Boundary, LibraryWritesARecordOfTheModule) {
     unsigned int const size = serializer.recordDataToJson(nullptr, 0, *record, 0);
     EXPECT_EQ(std::string(static_cast<char const *>(serializer.getResultsBuffer()), size),
               R"({"a":"text"})");
+}
+
+TEST(Boundary, LibraryCallsAndDestroysAnAgentOfTheModule) {
+    int alive = 0;
+    Log log;
+    RecordingListener listener(log, "a");
+    RefCountedPtr<Kestrin> agent;
+    {
+        RefCountedPtr<AbstractKestrin> const made = makeModuleAgent(log, &alive);
+        agent = made;
+        agent->addKestrinListener(&listener);
+        agent->subscribe("quote", "7203");
+        made->fireConnected();
+        agent->logout();
+    }
+    EXPECT_EQ(log, (Log{callText("doSubscribe", "quote", "7203"), callText("a.onConnected", agent),
+                        "doLogout()"}));
+    EXPECT_NE(dynamic_cast<AbstractKestrin *>(agent.get()), nullptr);
+    EXPECT_EQ(alive, 1);
+    agent = nullptr;
+    EXPECT_EQ(alive, 0);
 }
 
 TEST(Boundary, TypesKeepTheirIdentity) {

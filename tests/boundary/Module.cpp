@@ -1,5 +1,6 @@
 #include "tests/boundary/Module.h"
 
+#include "tests/support/RecordingAgent.h"
 #include "tvk/definitions/FieldDefImpl.h"
 #include "tvk/definitions/MessageDefManagerImpl.h"
 #include "tvk/definitions/MessageTypeDefImpl.h"
@@ -41,6 +42,16 @@ private:
     ~PriceType() override = default;
 
     CString name_ = "Price";
+};
+
+class ModuleAgent : public RecordingAgent {
+public:
+    ModuleAgent(Log & log, int * alive) : RecordingAgent(log), alive_(alive) { ++*alive_; }
+
+private:
+    ~ModuleAgent() override { --*alive_; }
+
+    int * alive_;
 };
 
 class ModuleConverter : public SimpleObjectCache::RawDataToObjectConverter {
@@ -128,6 +139,10 @@ RefCountedPtr<MessageDefManager const> makeModuleRegistry() {
 }
 
 RefCountedPtr<RecordData> makeModuleRecord(int * alive) { return new ModuleRecord(alive); }
+
+RefCountedPtr<AbstractKestrin> makeModuleAgent(Log & log, int * alive) {
+    return new ModuleAgent(log, alive);
+}
 
 bool isModuleRecord(FieldValue const & value) {
     return dynamic_cast<ModuleRecord const *>(&value) != nullptr;

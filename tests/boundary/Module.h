@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "tests/support/Recorded.h"
+#include "tvk/agent/AbstractKestrin.h"
 #include "tvk/definitions/MessageDefManager.h"
 #include "tvk/definitions/RecordTypeDefImpl.h"
 #include "tvk/errors/ErrorInfo.h"
@@ -44,6 +46,10 @@ TVK_MODULE_API RefCountedPtr<MessageDefManager const> makeModuleRegistry();
 TVK_MODULE_API RefCountedPtr<RecordData> makeModuleRecord(int * alive);
 /// True if the record is one of the module's own class.
 TVK_MODULE_API bool isModuleRecord(FieldValue const & value);
+
+/// A concrete agent of the module: writes the calls that reach it into `log` and counts itself in
+/// `*alive`. Both must outlive it.
+TVK_MODULE_API RefCountedPtr<AbstractKestrin> makeModuleAgent(Log & log, int * alive);
 
 /// A converter of the module: strings become upper case, and numbers are refused with a
 /// JsonUtil::XParsingError "no numbers here".
