@@ -75,3 +75,5 @@
 #include "tvk/values/RefCountedPtr.h"
 #include "tvk/values/SimplePropertySet.h"
 #include "tvk/values/StringData.h"
+#include "tvk/xml/XmlDocument.h"
+#include "tvk/xml/XmlElement.h"

@@ -32,7 +32,7 @@ public:
 
     bool isDeep() const noexcept { return pending_ != nullptr; }
 
-    /// Releases the references of a vector, which are null afterwards, the first one first.
+    /// Releases the references of a vector or list, null afterwards, the first one first.
     template <class References>
     void releaseAll(References & references) noexcept {
         if (isDeep()) {
