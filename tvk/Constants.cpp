@@ -1,6 +1,10 @@
-// Every constant of the library that is built at load time, in the order in which it is built. They
-// come before all other static initialisers of the library, so that those may use them.
+// Every constant of the library that is built at load time, and the container, in the order in which
+// they are built. They come before all other static initialisers of the library, so that those may use
+// them.
 
+#include <new>
+
+#include "tvk/agent/KestrinContainer.h"
 #include "tvk/errors/ErrorInfo.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/platform/LoadOrder.h"
@@ -115,5 +119,15 @@ TVK_LOADED_FIRST CString const KestrinConstants::FLDNAME_EXTRA_DATA = "__extra_r
 
 TVK_LOADED_FIRST CString const StringUtil::TRUE_TEXT = "true";
 TVK_LOADED_FIRST CString const StringUtil::FALSE_TEXT = "false";
+
+constinit KestrinContainer * KestrinContainer::_instance = nullptr;
+
+/// No holder: what the application does not clean up stays, since its modules may be unloaded before
+/// the process ends.
+struct KestrinContainer::AtLoad {
+    AtLoad() { _instance = new (std::nothrow) KestrinContainer; }
+};
+
+TVK_LOADED_FIRST KestrinContainer::AtLoad const KestrinContainer::AT_LOAD;
 
 }  // namespace tvk

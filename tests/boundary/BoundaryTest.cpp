@@ -151,4 +151,9 @@ TEST(Boundary, ConstantsWereThereWhenTheModuleWasLoaded) {
     EXPECT_STREQ(seen.systemDomain, "System");
 }
 
+TEST(Boundary, ModulesMeetInOneContainer) {
+    ASSERT_NE(seenAtLoad().container, nullptr);
+    EXPECT_EQ(seenAtLoad().container, KestrinContainer::instance());
+}
+
 }  // namespace tvk::test

@@ -15,7 +15,8 @@ namespace tvk::test {
 namespace {
 
 SeenAtLoad const SEEN_AT_LOAD{FieldValue::TRUE_VALUE, FieldValue::TRUE_VALUE->getRefCount(),
-                              KestrinConstants::WILDCARD, ErrorInfo::ErrorDomain_System};
+                              KestrinConstants::WILDCARD, ErrorInfo::ErrorDomain_System,
+                              KestrinContainer::instance()};
 
 class ModuleRecord : public MappedRecordData {
 public:

@@ -4,6 +4,7 @@
 
 #include "tests/support/Recorded.h"
 #include "tvk/agent/AbstractKestrin.h"
+#include "tvk/agent/KestrinContainer.h"
 #include "tvk/definitions/MessageDefManager.h"
 #include "tvk/definitions/RecordTypeDefImpl.h"
 #include "tvk/errors/ErrorInfo.h"
@@ -23,6 +24,7 @@ struct SeenAtLoad {
     int trueCount;
     CString wildcard;
     CString systemDomain;
+    KestrinContainer * container;
 };
 
 TVK_MODULE_API SeenAtLoad const & seenAtLoad();

@@ -4,6 +4,7 @@
 #include "tests/errors/loadorder/Probe.h"
 
 #include "tests/errors/ConstantsTable.h"
+#include "tvk/agent/KestrinContainer.h"
 #include "tvk/text/StringUtil.h"
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/NumberData.h"
@@ -35,6 +36,8 @@ struct Sight {
             CString const & word = StringUtil::toString(value);
             expect(word.GetString() != nullptr && word == (value ? "true" : "false"), "toString");
         }
+        KestrinContainer const * const container = KestrinContainer::instance();
+        expect(container != nullptr && container->getKestrin() == nullptr, "container");
         if (faults.empty()) {
             useThem();
         }

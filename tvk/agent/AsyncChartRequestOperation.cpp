@@ -1,0 +1,7 @@
+#include "tvk/agent/AsyncChartRequestOperation.h"
+
+namespace tvk {
+
+AsyncChartRequestOperation::~AsyncChartRequestOperation() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/agent/AsyncNewsRequestOperation.h"
+
+namespace tvk {
+
+AsyncNewsRequestOperation::~AsyncNewsRequestOperation() = default;
+
+}  // namespace tvk

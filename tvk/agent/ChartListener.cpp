@@ -1,0 +1,7 @@
+#include "tvk/agent/ChartListener.h"
+
+namespace tvk {
+
+ChartListener::~ChartListener() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/agent/ChartNoticeMessageListener.h"
+
+namespace tvk {
+
+ChartNoticeMessageListener::~ChartNoticeMessageListener() = default;
+
+}  // namespace tvk

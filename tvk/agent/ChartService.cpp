@@ -1,0 +1,7 @@
+#include "tvk/agent/ChartService.h"
+
+namespace tvk {
+
+ChartService::~ChartService() = default;
+
+}  // namespace tvk

@@ -1,0 +1,7 @@
+#include "tvk/agent/XmlNewsListener.h"
+
+namespace tvk {
+
+XmlNewsListener::~XmlNewsListener() = default;
+
+}  // namespace tvk

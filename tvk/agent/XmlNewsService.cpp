@@ -1,0 +1,7 @@
+#include "tvk/agent/XmlNewsService.h"
+
+namespace tvk {
+
+XmlNewsService::~XmlNewsService() = default;
+
+}  // namespace tvk
