@@ -3,25 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/support/NetworkOrder.h"
+
 namespace {
 
 using tvk::platform::resolveHost;
+using tvk::test::inNetworkOrder;
 
 constexpr std::uint32_t UNTOUCHED = 0xdeadbeef;
 constexpr int NO_SUCH_HOST = 11001;
-
-std::uint32_t inNetworkOrder(unsigned a, unsigned b, unsigned c, unsigned d) {
-    unsigned char const bytes[] = {static_cast<unsigned char>(a), static_cast<unsigned char>(b),
-                                   static_cast<unsigned char>(c), static_cast<unsigned char>(d)};
-    std::uint32_t address = 0;
-    std::memcpy(&address, bytes, sizeof address);
-    return address;
-}
 
 struct DottedRow {
     char const * host;

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <string_view>
 #include <vector>
 
+#include "tests/support/NumberAtStart.h"
 #include "tvk/values/ListData.h"
 #include "tvk/values/RecordData.h"
 
@@ -23,20 +23,6 @@ inline std::vector<std::string_view> segmentsOf(std::string_view path) {
         }
         path.remove_prefix(end + 1);
     }
-}
-
-/// The number that an index text starts with; one too large for any list stays so.
-inline long long indexIn(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
-    bool const negative = text.substr(0, 1) == "-";
-    if (negative || text.substr(0, 1) == "+") {
-        text.remove_prefix(1);
-    }
-    long long number = 0;
-    for (char const digit : text.substr(0, text.find_first_not_of("0123456789"))) {
-        number = std::min(number * 10 + (digit - '0'), 1LL << 32);
-    }
-    return negative ? -number : number;
 }
 
 /// A plain model of paths: looks at every field, and calls itself for each piece behind the first.
@@ -65,7 +51,7 @@ inline FieldValue * valueAtSegments(RecordData const & record,
         if (value == nullptr || value->getFieldType() != FLDTYPE_LIST) {
             return nullptr;
         }
-        long long const place = indexIn(index);
+        long long const place = numberAtStart(index);
         ListData const & list = value->asList();
         if (place < 0 || place >= list.getCount()) {
             return nullptr;
