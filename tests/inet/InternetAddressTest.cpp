@@ -68,22 +68,22 @@ TEST(InternetAddress, HasAddress0WhereTheConstructorCannotResolveTheHost) {
 TEST(InternetAddress, TakesAStructureAndClearsItsZeros) {
     expectAddress(structure(AF_INET, 443, inNetworkOrder(10, 0, 0, 1)), AF_INET, 443,
                   inNetworkOrder(10, 0, 0, 1));
-    expectAddress(structure(AF_UNSPEC, 65535, 0xffffffff), AF_UNSPEC, 65535, 0xffffffff);
+    expectAddress(structure(AF_INET6, 65535, 0xffffffff), AF_INET6, 65535, 0xffffffff);
 }
 
 TEST(InternetAddress, CopiesTheWholeStructure) {
-    InternetAddress const address(structure(AF_UNSPEC, 7, 99));
+    InternetAddress const address(structure(AF_INET6, 7, 99));
     InternetAddress const copy(address);
-    expectAddress(copy, AF_UNSPEC, 7, 99);
+    expectAddress(copy, AF_INET6, 7, 99);
 
     InternetAddress target("1.2.3.4", 5);
     InternetAddress & result = target = address;
     EXPECT_EQ(&result, &target);
-    expectAddress(target, AF_UNSPEC, 7, 99);
+    expectAddress(target, AF_INET6, 7, 99);
 
     InternetAddress const & self = target;
     target = self;
-    expectAddress(target, AF_UNSPEC, 7, 99);
+    expectAddress(target, AF_INET6, 7, 99);
 }
 
 struct HostRow {
@@ -106,7 +106,7 @@ TEST(InternetAddress, ResolvesNumbersAsInetAddrReadsThem) {
     };
     for (HostRow const & row : rows) {
         SCOPED_TRACE(row.host);
-        InternetAddress address(structure(AF_UNSPEC, 1, 0x12345678));
+        InternetAddress address(structure(AF_INET6, 1, 0x12345678));
         EXPECT_EQ(address.resolveTo(row.host, 2), 0);
         expectAddress(address, AF_INET, 2, row.address);
     }
@@ -132,7 +132,7 @@ TEST(InternetAddress, DeliberateAFailureLeavesTheNewPortAndTheOldAddress) {
     for (char const * host : {NO_HOST, "1.2.3.4.5", "a..b", "", longHost.c_str(), "no-host.invalid",
                               static_cast<char const *>(nullptr)}) {
         SCOPED_TRACE(host == nullptr ? "null" : host);
-        InternetAddress address(structure(AF_UNSPEC, 1, inNetworkOrder(1, 2, 3, 4)));
+        InternetAddress address(structure(AF_INET6, 1, inNetworkOrder(1, 2, 3, 4)));
         EXPECT_NE(address.resolveTo(host, 80), 0);
         expectAddress(address, AF_INET, 80, inNetworkOrder(1, 2, 3, 4));
     }
@@ -178,7 +178,7 @@ TEST(InternetAddress, ComparesAddressAndPortOnly) {
     InternetAddress const address("1.2.3.4", 80);
     expectEqual(true, address, InternetAddress("1.2.3.4", 80));
     expectEqual(true, address, structure(AF_INET, 80, inNetworkOrder(1, 2, 3, 4)));
-    expectEqual(true, address, structure(AF_UNSPEC, 80, inNetworkOrder(1, 2, 3, 4)));
+    expectEqual(true, address, structure(AF_INET6, 80, inNetworkOrder(1, 2, 3, 4)));
     expectEqual(false, address, InternetAddress("1.2.3.4", 81));
     expectEqual(false, address, InternetAddress("1.2.3.5", 80));
     expectEqual(false, address, InternetAddress("2.2.3.4", 80));
