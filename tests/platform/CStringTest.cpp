@@ -253,6 +253,36 @@ TEST(CString, ALiteralOnTheLeftIsComparedByItsText) {
     }
 }
 
+// Without an operator of their own these would compare addresses, as pairs and the like would then.
+TEST(CString, ComparesThreeWaysByItsText) {
+    for (OrderRow const & row : ORDER_ROWS) {
+        CString const left = textOf(row.left);
+        CString const right = textOf(row.right);
+        SCOPED_TRACE(left.GetString());
+        EXPECT_EQ(left <=> right, row.order <=> 0);
+        EXPECT_EQ(right <=> left, 0 <=> row.order);
+        EXPECT_EQ(std::pair(left, 1) < std::pair(right, 1), row.order < 0);
+        EXPECT_EQ(std::pair(right, 1) < std::pair(left, 1), row.order > 0);
+        if (!hasNul(row.right)) {
+            EXPECT_EQ(left <=> right.GetString(), row.order <=> 0);
+            EXPECT_EQ(right.GetString() <=> left, 0 <=> row.order);
+        }
+    }
+}
+
+TEST(CString, StandsInPairsAndTuplesByItsText) {
+    std::map<std::pair<CString, CString>, int> map;
+    for (int i = 0; i < 3; ++i) {
+        for (char const * const text : {"c", "a", "b"}) {
+            ++map[{text, text}];
+        }
+    }
+    ASSERT_EQ(map.size(), 3U);
+    EXPECT_EQ(map.begin()->first.first, "a");
+    EXPECT_EQ(map.begin()->second, 3);
+    EXPECT_LT((std::vector<CString>{"a", "c"}), (std::vector<CString>{"b", "a"}));
+}
+
 TEST(CString, ComparesWithNullAsWithTheEmptyText) {
     char const * const null = nullptr;
     EXPECT_TRUE(CString() == null);

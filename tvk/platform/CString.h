@@ -4,6 +4,9 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstring>
+#if defined(__cpp_impl_three_way_comparison)
+#include <compare>
+#endif
 
 #include "tvk/platform/Export.h"
 
@@ -215,6 +218,17 @@ inline bool operator>=(CString const & left, char const * right) noexcept {
 inline bool operator>=(char const * left, CString const & right) noexcept {
     return !(left < right);
 }
+
+#if defined(__cpp_impl_three_way_comparison)
+// Without these, <=> would compare the addresses that the texts convert to; pairs, tuples and vectors
+// of texts are ordered by it in C++20.
+inline std::strong_ordering operator<=>(CString const & left, CString const & right) noexcept {
+    return left.Compare(right) <=> 0;
+}
+inline std::strong_ordering operator<=>(CString const & left, char const * right) noexcept {
+    return left.Compare(right) <=> 0;
+}
+#endif
 
 namespace tvk {
 using ::CString;
