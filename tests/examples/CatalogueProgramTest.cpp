@@ -30,11 +30,6 @@ Outcome catalogue(std::vector<std::string> const & arguments, std::string const 
     return runProgram(TVK_CATALOGUE, arguments, {input});
 }
 
-std::string contentOf(std::string const & name) {
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// A file that is gone with the object.
 class TemporaryFile {
 public:

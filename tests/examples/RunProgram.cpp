@@ -10,6 +10,8 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 namespace tvk::test {
@@ -112,6 +114,11 @@ Outcome runProgram(std::string const & program, std::vector<std::string> const &
         outcome.exitStatus = WEXITSTATUS(status);
     }
     return outcome;
+}
+
+std::string contentOf(std::string const & name) {
+    std::ifstream file(name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 }  // namespace tvk::test

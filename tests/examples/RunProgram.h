@@ -23,4 +23,7 @@ enum class ErrorsTo { PIPE, TERMINAL };
 Outcome runProgram(std::string const & program, std::vector<std::string> const & arguments,
                    Input const & input = {}, ErrorsTo errorsTo = ErrorsTo::PIPE);
 
+/// All bytes of a file; none where it cannot be read.
+std::string contentOf(std::string const & name);
+
 }  // namespace tvk::test
