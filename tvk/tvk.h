@@ -27,6 +27,8 @@
 #include "tvk/chart/ChartRealDataRec.h"
 #include "tvk/chart/ChartRealDataRecImpl.h"
 #include "tvk/chart/PriceKindEnum.h"
+#include "tvk/cipher/aes.h"
+#include "tvk/cipher/aes_buffer.h"
 #include "tvk/definitions/DataTypeDef.h"
 #include "tvk/definitions/DataTypeDefManager.h"
 #include "tvk/definitions/FieldDef.h"
