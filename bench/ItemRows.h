@@ -18,16 +18,13 @@ struct ItemList {
     std::shared_ptr<void const> owner = {};  ///< of what the items refer to
 };
 
-template <class Result>
-using Comparable = Result (*)(Result);
-
 /// Registers the rows of a group, one a peer. A peer agrees with tvk when each result of an item does,
 /// seen through `comparable`.
 template <class Item, class Result>
 void addItemRows(
     std::string const & group, std::vector<Peer<ItemWork<Item, Result>>> const & peers,
     std::function<ItemList<Item>()> makeList,
-    Comparable<Result> comparable = [](Result result) { return result; }) {
+    std::function<Result(Result)> comparable = [](Result result) { return result; }) {
     auto const list = std::make_shared<Lazy<ItemList<Item>>>(std::move(makeList));
     for (Peer<ItemWork<Item, Result>> const & peer : peers) {
         addRow(group + '/' + peer.name, [&, list, comparable](benchmark::State & state) {

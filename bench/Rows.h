@@ -17,6 +17,7 @@ void addUtf8Rows(Peers const & peers);
 void addEncoderRows(Peers const & peers);
 void addDateRows(Peers const & peers);
 void addSplitRows(Peers const & peers);
+void addCipherRows(Peers const & peers);
 
 /// What one pass over the documents of a row handles.
 struct PassSize {

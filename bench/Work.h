@@ -159,6 +159,19 @@ using Encoder = ItemWork<std::string_view, std::string>;
 using DateParser = ItemWork<std::string_view, std::int64_t>;
 using DateFormatter = ItemWork<timeval, std::string>;
 
+/// AES with the key CIPHER_KEY. A block is encrypted or decrypted in place, each time the one that the last
+/// time gave, whatever the item.
+using AesBlockWork = ItemWork<std::string_view, std::string>;
+
+/// CBC of whole blocks with the same key: a text to 16 bytes that start its chain, of the peer's choice, and the
+/// blocks of the chain; or back.
+using AesChainWork = ItemWork<std::string_view, std::string>;
+
+/// A key to its schedules of both directions. Compared by what they make of a block of zeros.
+using AesKeyWork = ItemWork<std::string_view, std::string>;
+
+constexpr std::string_view CIPHER_KEY = "sixteen bytes of";
+
 /// A text to split, in the types that each side has for it.
 struct SplitTask {
     std::string text;
@@ -191,6 +204,11 @@ struct Peers {
     std::vector<Peer<DateParser>> dateParsers;
     std::vector<Peer<DateFormatter>> dateFormatters;
     std::vector<Peer<Splitter>> splitters;
+    std::vector<Peer<AesBlockWork>> aesEncryptions;
+    std::vector<Peer<AesBlockWork>> aesDecryptions;
+    std::vector<Peer<AesChainWork>> cbcEncryptions;
+    std::vector<Peer<AesChainWork>> cbcDecryptions;
+    std::vector<Peer<AesKeyWork>> aesKeys;
 };
 
 template <class Implementation, class Work>

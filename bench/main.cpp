@@ -1,6 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/Rows.h"
+#include "bench/peers/AesInstructions.h"
 #include "bench/peers/Peers.h"
 
 namespace {
@@ -9,6 +10,7 @@ tvk::bench::Peers allPeers() {
     using namespace tvk::bench;
     Peers peers;
     addTvk(peers);
+    addTvkAes(peers);
     addStdUnorderedMap(peers);
     addStdSplit(peers);
 #if defined(TVK_BENCH_HAS_RAPIDJSON)
@@ -44,8 +46,14 @@ tvk::bench::Peers allPeers() {
 #if defined(TVK_BENCH_HAS_OPENSSL)
     addOpenSsl(peers);
 #endif
+#if defined(TVK_BENCH_HAS_OPENSSL_AES)
+    addOpenSslAes(peers);
+#endif
 #if defined(TVK_BENCH_HAS_NETTLE)
     addNettle(peers);
+#endif
+#if defined(TVK_BENCH_HAS_NETTLE_AES)
+    addNettleAes(peers);
 #endif
 #if defined(TVK_BENCH_HAS_BOOST_HEX)
     addBoostHex(peers);
@@ -55,6 +63,12 @@ tvk::bench::Peers allPeers() {
 #endif
 #if defined(TVK_BENCH_HAS_FMT)
     addFmt(peers);
+#endif
+#if defined(TVK_BENCH_HAS_MBEDTLS)
+    addMbedTls(peers);
+#endif
+#if defined(TVK_BENCH_HAS_LIBTOMCRYPT)
+    addLibTomCrypt(peers);
 #endif
     return peers;
 }
@@ -67,13 +81,16 @@ int main(int argc, char ** argv) {
         return 2;
     }
     tvk::bench::Peers const peers = allPeers();
-    tvk::bench::addJsonRows(peers);
-    tvk::bench::addCacheRows(peers);
-    tvk::bench::addCodePageRows(peers);
-    tvk::bench::addUtf8Rows(peers);
-    tvk::bench::addEncoderRows(peers);
-    tvk::bench::addDateRows(peers);
-    tvk::bench::addSplitRows(peers);
+    if (!tvk::bench::isWithoutAesInstructions()) {
+        tvk::bench::addJsonRows(peers);
+        tvk::bench::addCacheRows(peers);
+        tvk::bench::addCodePageRows(peers);
+        tvk::bench::addUtf8Rows(peers);
+        tvk::bench::addEncoderRows(peers);
+        tvk::bench::addDateRows(peers);
+        tvk::bench::addSplitRows(peers);
+    }
+    tvk::bench::addCipherRows(peers);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

@@ -6,6 +6,7 @@
 namespace tvk::bench {
 
 void addTvk(Peers & peers);
+void addTvkAes(Peers & peers);
 void addStdUnorderedMap(Peers & peers);
 void addStdSplit(Peers & peers);
 #if defined(TVK_BENCH_HAS_RAPIDJSON)
@@ -41,8 +42,14 @@ void addBoostLocale(Peers & peers);
 #if defined(TVK_BENCH_HAS_OPENSSL)
 void addOpenSsl(Peers & peers);
 #endif
+#if defined(TVK_BENCH_HAS_OPENSSL_AES)
+void addOpenSslAes(Peers & peers);
+#endif
 #if defined(TVK_BENCH_HAS_NETTLE)
 void addNettle(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_NETTLE_AES)
+void addNettleAes(Peers & peers);
 #endif
 #if defined(TVK_BENCH_HAS_BOOST_HEX)
 void addBoostHex(Peers & peers);
@@ -52,6 +59,12 @@ void addPosixTime(Peers & peers);
 #endif
 #if defined(TVK_BENCH_HAS_FMT)
 void addFmt(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_MBEDTLS)
+void addMbedTls(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_LIBTOMCRYPT)
+void addLibTomCrypt(Peers & peers);
 #endif
 
 }  // namespace tvk::bench
