@@ -91,5 +91,7 @@
 #include "tvk/values/RefCountedPtr.h"
 #include "tvk/values/SimplePropertySet.h"
 #include "tvk/values/StringData.h"
+#include "tvk/xml/FastXmlParser.h"
+#include "tvk/xml/FastXmlUtil.h"
 #include "tvk/xml/XmlDocument.h"
 #include "tvk/xml/XmlElement.h"
