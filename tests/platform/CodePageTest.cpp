@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <memory>
@@ -600,6 +601,61 @@ TEST(CodePage, AgreesWithThePlainModelOnAllPairsOfBytes) {
             }
         }
     }
+}
+
+/// The same by the conversion of whole texts; what it replaces with U+30FB is no character, but for the
+/// code of U+30FB itself.
+int characterByConversion(unsigned int codePage, std::string const & bytes) {
+    UsingCodePage const inUse(codePage);
+    std::string const utf8 = toUtf8(bytes);
+    for (unsigned int unit = 0; unit < 0x10000; ++unit) {
+        if (!isSurrogate(unit) && utf8Of(static_cast<char16_t>(unit)) == utf8) {
+            return unit == 0x30FB && bytes != "\x81\x45" ? -1 : static_cast<int>(unit);
+        }
+    }
+    return -1;
+}
+
+TEST(CodePage, TellsTheCharacterOfOneByteWhicheverPageIsSet) {
+    for (unsigned int const codePage : {932U, 1252U, 28591U}) {
+        for (unsigned int byte = 0; byte < 0x100; ++byte) {
+            std::string const bytes(1, static_cast<char>(byte));
+            ExactBuffer const block(bytes);
+            EXPECT_EQ(tvk::platform::characterInCodePage(codePage, block.data(), 1),
+                      characterByConversion(codePage, bytes))
+                << codePage << ' ' << byte;
+        }
+    }
+    for (unsigned int const codePage : {65001U, 0U, 1251U}) {
+        EXPECT_EQ(tvk::platform::characterInCodePage(codePage, "a", 1), -1);
+    }
+}
+
+std::ptrdiff_t charactersIn(std::string_view utf8) {
+    return std::count_if(utf8.begin(), utf8.end(), [](char byte) { return (byte & 0xC0) != 0x80; });
+}
+
+TEST(CodePage, TellsTheCharacterOfEachPairOfBytes) {
+    CodePageModel const model(932);
+    for (unsigned int lead = 0; lead < 0x100; ++lead) {
+        for (unsigned int trail = 0; trail < 0x100; ++trail) {
+            std::string const bytes{static_cast<char>(lead), static_cast<char>(trail)};
+            std::string const utf8 = model.toUtf8(bytes);
+            ExactBuffer const block(bytes);
+            int const character = tvk::platform::characterInCodePage(932, block.data(), 2);
+            if (character >= 0) {
+                EXPECT_EQ(utf8Of(static_cast<char16_t>(character)), utf8) << lead << ' ' << trail;
+            } else {
+                EXPECT_TRUE(charactersIn(utf8) > 1 || utf8 == "\u30FB") << lead << ' ' << trail;
+            }
+            for (unsigned int const codePage : {1252U, 28591U, 65001U}) {
+                EXPECT_EQ(tvk::platform::characterInCodePage(codePage, block.data(), 2), -1);
+            }
+        }
+    }
+    EXPECT_EQ(tvk::platform::characterInCodePage(932, "\x81\x45", 2), 0x30FB);
+    EXPECT_EQ(tvk::platform::characterInCodePage(932, "a", 0), -1);
+    EXPECT_EQ(tvk::platform::characterInCodePage(932, "\x81\x45\x81", 3), -1);
 }
 
 TEST(CodePage, IsStableOnceItHasReplaced) {

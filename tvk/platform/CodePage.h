@@ -39,4 +39,9 @@ constexpr std::size_t ANSI_TO_UTF8_ROOM = 3;
 TVK_API std::size_t utf8ToAnsi(void const * text, std::size_t size, char * output);
 TVK_API std::size_t ansiToUtf8(void const * text, std::size_t size, char * output);
 
+/// The character that `size` bytes, 1 or 2, are in code page 932, 1252 or 28591, whichever is set;
+/// -1 where they are none, or not one alone, and for any other code page. Only 932 has characters of
+/// two bytes.
+TVK_API int characterInCodePage(unsigned int codePage, void const * bytes, std::size_t size);
+
 }  // namespace tvk::platform

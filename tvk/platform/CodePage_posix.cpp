@@ -392,4 +392,23 @@ std::size_t ansiToUtf8(void const * text, std::size_t size, char * output) {
     }
 }
 
+int characterInCodePage(unsigned int codePage, void const * bytes, std::size_t size) {
+    auto const * const in = static_cast<Byte const *>(bytes);
+    bool const isKnown = codePage == 932 || codePage == 1252 || codePage == 28591;
+    if (isKnown && size == 1 && in[0] < 0x80) {
+        return in[0];
+    }
+    unsigned character = 0;
+    if (size == 2 && codePage == 932 && in[0] >= 0x80) {
+        character = characterOfPair(in[0], in[1]);
+    } else if (size == 1 && codePage == 932) {
+        character = data::SINGLES_932[in[0] - 0x80U];
+    } else if (size == 1 && codePage == 1252) {
+        character = data::SINGLES_1252[in[0] - 0x80U];
+    } else if (size == 1 && codePage == 28591) {
+        character = in[0];
+    }
+    return character == 0 ? -1 : static_cast<int>(character);
+}
+
 }  // namespace tvk::platform

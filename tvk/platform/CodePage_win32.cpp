@@ -52,4 +52,15 @@ std::size_t ansiToUtf8(void const * text, std::size_t size, char * output) {
     return convert(ansiCodePage(), CP_UTF8, text, size, output, size * ANSI_TO_UTF8_ROOM);
 }
 
+int characterInCodePage(unsigned int codePage, void const * bytes, std::size_t size) {
+    bool const isKnown = codePage == 932 || codePage == 1252 || codePage == 28591;
+    wchar_t wide[2];
+    if (!isKnown || size == 0 || size > 2 ||
+        MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, static_cast<char const *>(bytes),
+                            platformSize(size), wide, 2) != 1) {
+        return -1;
+    }
+    return wide[0];
+}
+
 }  // namespace tvk::platform
