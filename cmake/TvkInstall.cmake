@@ -1,5 +1,5 @@
 # What `cmake --install` puts in place: the library, its public headers, the CMake package that gives
-# tvk::tvk, and tvk.pc for pkg-config.
+# tvk::tvk, and tvk.pc for pkg-config; and the same for each module that is built.
 
 include(CMakePackageConfigHelpers)
 
@@ -28,3 +28,25 @@ set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH pkgconfig_to_include ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tvk.pc.in ${PROJECT_BINARY_DIR}/tvk.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tvk.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# tvk_install_module(name): the module tvk_<name>, as the component <name> of the package, and
+# tvk-<name>.pc. Its headers stand below a folder of their own, since they are included as
+# "modules/<name>/..", which is too plain a name to put beside the headers of others.
+function(tvk_install_module name)
+    set(headers ${CMAKE_INSTALL_INCLUDEDIR}/tvk-modules)
+    install(TARGETS tvk_${name} EXPORT tvk_${name}_targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        FILE_SET HEADERS DESTINATION ${headers})
+    install(EXPORT tvk_${name}_targets NAMESPACE tvk:: FILE tvk-${name}.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tvk)
+
+    set(module ${name})
+    cmake_path(ABSOLUTE_PATH headers BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX})
+    file(RELATIVE_PATH pkgconfig_to_include ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${headers})
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/tvk-module.pc.in
+        ${PROJECT_BINARY_DIR}/tvk-${name}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/tvk-${name}.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()

@@ -2,7 +2,8 @@
 # does it. To be sourced by bash.
 
 packages_run=(g++ cmake ninja-build ccache)
-packages_test=("${packages_run[@]}" pkg-config libgtest-dev libgmock-dev libssl-dev tzdata)
+packages_test=("${packages_run[@]}" pkg-config libgtest-dev libgmock-dev libexpat1-dev libssl-dev
+    tzdata)
 packages_ci=("${packages_test[@]}" clang clang-format clang-tidy libclang-rt-14-dev libfuzzer-14-dev)
 packages_bench=("${packages_run[@]}" pkg-config libbenchmark-dev rapidjson-dev libyajl-dev
     libsimdjson-dev nlohmann-json3-dev libjsoncpp-dev libboost1.81-dev libboost-json1.81-dev

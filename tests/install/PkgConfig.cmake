@@ -1,17 +1,17 @@
-# Compiles SOURCE with what pkg-config says about the installed tvk, and runs it.
+# Compiles SOURCE with what pkg-config says about the installed PACKAGE, and runs it.
 
 cmake_minimum_required(VERSION 3.25)
 
 find_program(PKG_CONFIG pkg-config REQUIRED)
 set(ENV{PKG_CONFIG_PATH} ${PC_DIR})
 
-execute_process(COMMAND ${PKG_CONFIG} --modversion tvk
+execute_process(COMMAND ${PKG_CONFIG} --modversion ${PACKAGE}
     OUTPUT_VARIABLE version OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 if(NOT version STREQUAL VERSION)
-    message(FATAL_ERROR "tvk.pc gives version ${version}, not ${VERSION}")
+    message(FATAL_ERROR "${PACKAGE}.pc gives version ${version}, not ${VERSION}")
 endif()
 
-execute_process(COMMAND ${PKG_CONFIG} --cflags --libs tvk
+execute_process(COMMAND ${PKG_CONFIG} --cflags --libs ${PACKAGE}
     OUTPUT_VARIABLE words OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 separate_arguments(words UNIX_COMMAND "${words}")
 separate_arguments(flags UNIX_COMMAND "${FLAGS}")

@@ -1,9 +1,10 @@
 # Includes below tvk/ point down only, and to nothing but tvk/, the C++ library and, in platform/,
-# the operating system. docs/architecture.md draws the same map for readers.
+# the operating system. A module stands on what tvk/ shows of itself, its own folder and its own
+# library. docs/architecture.md draws the same map for readers.
 
 cmake_minimum_required(VERSION 3.25)
 
-set(MAY_INCLUDE_platform)
+set(MAY_INCLUDE_platform "")
 set(MAY_INCLUDE_values platform)
 set(MAY_INCLUDE_errors platform values)
 set(MAY_INCLUDE_text platform values errors)
@@ -14,6 +15,8 @@ set(MAY_INCLUDE_inet platform values errors text)
 set(MAY_INCLUDE_chart platform values)
 set(MAY_INCLUDE_cipher platform)
 set(MAY_INCLUDE_agent platform values errors text json definitions xml inet chart)
+
+set(LIBRARY_OF_expat "^expat\\.h$")
 
 # Headers of the C++ library have no dot; the C ones are wanted under their C++ names. Vector
 # instructions are the compiler's, not a system's.
@@ -34,20 +37,46 @@ function(check_include file folder line)
     endif()
 endfunction()
 
-file(GLOB folders RELATIVE ${ROOT}/tvk LIST_DIRECTORIES true ${ROOT}/tvk/*)
-foreach(folder IN LISTS folders)
-    if(NOT IS_DIRECTORY ${ROOT}/tvk/${folder})
-        continue()
+function(check_include_of_module file module line)
+    if(line MATCHES "include[ \t]*\"modules/([a-z]+)/")
+        if(NOT CMAKE_MATCH_1 STREQUAL module)
+            message(SEND_ERROR "${file}: modules do not include one another: ${line}")
+        endif()
+    elseif(line MATCHES "include[ \t]*\"tvk/")
+        if(line MATCHES "/detail/")
+            message(SEND_ERROR "${file}: what is in a detail/ of tvk/ stays there: ${line}")
+        endif()
+    elseif(line MATCHES "include[ \t]*<([^>]*)>")
+        set(header ${CMAKE_MATCH_1})
+        if(NOT header MATCHES "${LANGUAGE_HEADER}" AND NOT header MATCHES "${LIBRARY_OF_${module}}")
+            message(SEND_ERROR "${file}: neither the language's nor the module's own library: ${line}")
+        endif()
+    else()
+        message(SEND_ERROR "${file}: includes are \"tvk/..\", \"modules/${module}/..\" or <header>: ${line}")
     endif()
-    if(NOT DEFINED MAY_INCLUDE_${folder} AND NOT folder STREQUAL "platform")
-        message(SEND_ERROR "tvk/${folder}/ has no place among the layers")
-    endif()
-    file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/tvk/${folder}/*.h ${ROOT}/tvk/${folder}/*.cpp
-        ${ROOT}/tvk/${folder}/*.inc)
-    foreach(file IN LISTS files)
-        file(STRINGS ${ROOT}/${file} lines REGEX "^[ \t]*#[ \t]*include")
-        foreach(line IN LISTS lines)
-            check_include(${file} ${folder} "${line}")
+endfunction()
+
+# check_includes(top place check): calls check(file folder line) for each include below each folder of
+# top, and wants the variable <place><folder> to be defined.
+function(check_includes top place check)
+    file(GLOB folders RELATIVE ${ROOT}/${top} LIST_DIRECTORIES true ${ROOT}/${top}/*)
+    foreach(folder IN LISTS folders)
+        set(path ${ROOT}/${top}/${folder})
+        if(NOT IS_DIRECTORY ${path})
+            continue()
+        endif()
+        if(NOT DEFINED ${place}${folder})
+            message(SEND_ERROR "${top}/${folder}/ has no place among the layers")
+        endif()
+        file(GLOB_RECURSE files RELATIVE ${ROOT} ${path}/*.h ${path}/*.cpp ${path}/*.inc)
+        foreach(file IN LISTS files)
+            file(STRINGS ${ROOT}/${file} lines REGEX "^[ \t]*#[ \t]*include")
+            foreach(line IN LISTS lines)
+                cmake_language(CALL ${check} ${file} ${folder} "${line}")
+            endforeach()
         endforeach()
     endforeach()
-endforeach()
+endfunction()
+
+check_includes(tvk MAY_INCLUDE_ check_include)
+check_includes(modules LIBRARY_OF_ check_include_of_module)

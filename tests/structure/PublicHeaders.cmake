@@ -1,5 +1,6 @@
-# tvk/tvk.h includes every public header but those in detail/, which are there for other headers;
-# and a public header includes public headers alone: the others are not installed.
+# tvk/tvk.h includes every public header of the library but those in detail/, which are there for
+# other headers; and a public header, those of modules included, includes public headers and the
+# language's alone: the others are not installed.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -22,7 +23,8 @@ endfunction()
 
 included_by(tvk/tvk.h in_all)
 foreach(header IN LISTS public)
-    if(NOT header MATCHES "^tvk/tvk\\.h$|/detail/" AND NOT header IN_LIST in_all)
+    if(header MATCHES "^tvk/" AND NOT header MATCHES "^tvk/tvk\\.h$|/detail/"
+            AND NOT header IN_LIST in_all)
         message(SEND_ERROR "tvk/tvk.h does not include ${header}")
     endif()
     included_by(${header} names)
@@ -31,4 +33,10 @@ foreach(header IN LISTS public)
             message(SEND_ERROR "${header} includes ${name}, which is not installed")
         endif()
     endforeach()
+    if(header MATCHES "^modules/")
+        file(STRINGS ${ROOT}/${header} foreign REGEX "^[ \t]*#[ \t]*include[ \t]*<[^>]*\\.h>")
+        if(foreign)
+            message(SEND_ERROR "${header} shows a library that is the module's own: ${foreign}")
+        endif()
+    endif()
 endforeach()
