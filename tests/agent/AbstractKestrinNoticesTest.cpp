@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <iterator>
 #include <map>
+#include <new>
 #include <ostream>
 #include <random>
 #include <string>
@@ -53,6 +55,18 @@ TEST_F(AbstractKestrinNotices, TheCodeIsTypeHyphenSubject) {
           Row{textOf({"a\0", 2}), textOf({"\0b", 2}), textOf({"a\0-\0b", 5})}}) {
         EXPECT_EQ(agent->createSubjectCode(row.type, row.subject), row.code);
     }
+}
+
+// The pages of the block are never touched, so the test needs no memory.
+TEST_F(AbstractKestrinNotices, RefusesACodeBeyondTheGreatestLength) {
+    CString half;
+    try {
+        half.GetBuffer(INT_MAX / 2 + 1)[0] = 'x';
+    } catch (std::bad_alloc const &) {
+        GTEST_SKIP() << "no address space for so long a text";
+    }
+    half.ReleaseBuffer(INT_MAX / 2 + 1);
+    EXPECT_THROW(agent->createSubjectCode(half, half), std::bad_alloc);
 }
 
 TEST_F(AbstractKestrinNotices, DeliberatePairsWithTheSameCodeAreOne) {

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
+#include <limits>
 #include <memory>
+#include <new>
 
 #include "tvk/agent/AbstractKestrin.h"
 #include "tvk/agent/KestrinNoticeMessageHandler.h"
@@ -16,16 +19,26 @@ namespace {
 constexpr std::size_t USUAL_HANDLERS = 8;
 constexpr std::size_t USUAL_POSSIBLE_HANDLERS = 16;
 
+constexpr std::size_t LONGEST_TEXT = std::numeric_limits<int>::max();
+
 }  // namespace
 
 // Deliberate: nothing is escaped, so the pairs (a-b, c) and (a, b-c) are one. An agent whose types
 // or subjects hold a hyphen overrides this, for both tables at once.
 CString AbstractKestrin::createSubjectCode(CString const & type, CString const & subject) const {
+    auto const typeLength = static_cast<std::size_t>(type.GetLength());
+    auto const subjectLength = static_cast<std::size_t>(subject.GetLength());
+    std::size_t const length = typeLength + 1 + subjectLength;
+    if (length > LONGEST_TEXT) {
+        throw std::bad_alloc();
+    }
+    // Filled in place: each notice asks for four codes, and three appends take nearly twice as long.
     CString code;
-    code.Preallocate(type.GetLength() + 1 + subject.GetLength());
-    code += type;
-    code += '-';
-    code += subject;
+    char * const bytes = code.GetBuffer(static_cast<int>(length));
+    std::memcpy(bytes, type.GetString(), typeLength);
+    bytes[typeLength] = '-';
+    std::memcpy(bytes + typeLength + 1, subject.GetString(), subjectLength);
+    code.ReleaseBuffer(static_cast<int>(length));
     return code;
 }
 
