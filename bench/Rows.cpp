@@ -16,7 +16,9 @@ void timePasses(benchmark::State & state, PassSize size, std::function<void()> c
         pass();
     }
     auto const passes = static_cast<std::int64_t>(state.iterations());
-    state.SetBytesProcessed(passes * static_cast<std::int64_t>(size.bytes));
+    if (size.bytes > 0) {
+        state.SetBytesProcessed(passes * static_cast<std::int64_t>(size.bytes));
+    }
     state.SetItemsProcessed(passes * static_cast<std::int64_t>(size.documents));
 }
 

@@ -18,10 +18,11 @@ void addEncoderRows(Peers const & peers);
 void addDateRows(Peers const & peers);
 void addSplitRows(Peers const & peers);
 void addCipherRows(Peers const & peers);
+void addAgentRows(Peers const & peers);
 
 /// What one pass over the documents of a row handles.
 struct PassSize {
-    std::size_t bytes;
+    std::size_t bytes;  ///< 0: no speed in bytes is given
     std::size_t documents;
 };
 

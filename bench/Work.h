@@ -182,6 +182,48 @@ struct SplitTask {
 
 using Splitter = ItemWork<SplitTask, std::vector<std::string>>;
 
+/// What a notice is about, in the types that each side has for it.
+struct Topic {
+    std::string type;
+    std::string subject;
+    CString tvkType;
+    CString tvkSubject;
+};
+
+/// Stands for every type, or every subject, where a handler is registered.
+inline std::string const ANY = "*";
+
+/// Who was called, and in which order, in little time.
+struct CallSum {
+    std::uint64_t mix = 0;
+    std::uint64_t calls = 0;
+
+    void add(std::uint32_t who) {
+        mix = (std::rotl(mix, 5) ^ who) * 0x9E3779B97F4A7C15U;
+        ++calls;
+    }
+    bool operator==(CallSum const &) const = default;
+};
+
+/// Notices to the handlers of their topics: to those of any type and subject first, then to those of
+/// the type, then to those of the subject, then to the exact ones.
+class NoticeRouter {
+public:
+    virtual ~NoticeRouter() = default;
+    /// `handler` is called behind those that the topic has already.
+    virtual void addHandler(Topic const & topic, std::uint32_t handler) = 0;
+    /// Delivers a notice of each topic.
+    virtual CallSum deliverAll(std::span<Topic const> topics) = 0;
+};
+
+/// Events to all listeners, in the order of their addition.
+class EventSource {
+public:
+    virtual ~EventSource() = default;
+    virtual void addListener(std::uint32_t listener) = 0;
+    virtual CallSum fire(std::size_t events) = 0;
+};
+
 /// A way to do a work, by name. `make` is called whenever its row is run.
 template <class Work>
 struct Peer {
@@ -209,6 +251,8 @@ struct Peers {
     std::vector<Peer<AesChainWork>> cbcEncryptions;
     std::vector<Peer<AesChainWork>> cbcDecryptions;
     std::vector<Peer<AesKeyWork>> aesKeys;
+    std::vector<Peer<NoticeRouter>> noticeRouters;
+    std::vector<Peer<EventSource>> eventSources;
 };
 
 template <class Implementation, class Work>

@@ -11,6 +11,7 @@ tvk::bench::Peers allPeers() {
     Peers peers;
     addTvk(peers);
     addTvkAes(peers);
+    addTvkAgent(peers);
     addStdUnorderedMap(peers);
     addStdSplit(peers);
 #if defined(TVK_BENCH_HAS_RAPIDJSON)
@@ -70,6 +71,9 @@ tvk::bench::Peers allPeers() {
 #if defined(TVK_BENCH_HAS_LIBTOMCRYPT)
     addLibTomCrypt(peers);
 #endif
+#if defined(TVK_BENCH_HAS_SIGNALS2)
+    addSignals2(peers);
+#endif
     return peers;
 }
 
@@ -89,6 +93,7 @@ int main(int argc, char ** argv) {
         tvk::bench::addEncoderRows(peers);
         tvk::bench::addDateRows(peers);
         tvk::bench::addSplitRows(peers);
+        tvk::bench::addAgentRows(peers);
     }
     tvk::bench::addCipherRows(peers);
     benchmark::RunSpecifiedBenchmarks();

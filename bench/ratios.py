@@ -15,9 +15,10 @@ import sys
 
 WORKS = ["scan", "read", "write", "cache_hit", "to_932", "from_932", "utf8_decode", "utf8_count",
          "base64", "hex", "parse_date", "format_date", "split",
-         "aes_encrypt", "aes_decrypt", "aes_keys", "cbc_encrypt", "cbc_decrypt"]
+         "aes_encrypt", "aes_decrypt", "aes_keys", "cbc_encrypt", "cbc_decrypt", "notice", "fire"]
 CORPORA = ["trading", "twitter", "citm_catalog", "canada",
-           "24_ascii", "24_any", "1k_ascii", "1k_any", "64k_ascii", "64k_any", "16", "1k", "64k"]
+           "24_ascii", "24_any", "1k_ascii", "1k_any", "64k_ascii", "64k_any", "16", "1k", "64k",
+           "10_keys", "1k_keys", "100k_keys", "1_listener", "10_listeners", "100_listeners"]
 
 UNITS = [("ns", 1), ("us", 1e3), ("ms", 1e6)]
 
@@ -66,10 +67,13 @@ def speed(row):
 
 
 def figure(row):
-    """The time a document, or a look-up, takes; and the speed."""
+    """The time a document, or a look-up, takes; and the speed, where bytes are handled."""
     time = 1e9 / row["items_per_second"]
     unit = next(unit for unit in UNITS if time < 1000 * unit[1] or unit is UNITS[-1])
-    return f"{time / unit[1]:.3g} {unit[0]} ({row['bytes_per_second'] / 1e9:.3g} GB/s)"
+    text = f"{time / unit[1]:.3g} {unit[0]}"
+    if "bytes_per_second" in row:
+        text += f" ({row['bytes_per_second'] / 1e9:.3g} GB/s)"
+    return text
 
 
 def ratio(row):

@@ -7,6 +7,7 @@ namespace tvk::bench {
 
 void addTvk(Peers & peers);
 void addTvkAes(Peers & peers);
+void addTvkAgent(Peers & peers);
 void addStdUnorderedMap(Peers & peers);
 void addStdSplit(Peers & peers);
 #if defined(TVK_BENCH_HAS_RAPIDJSON)
@@ -65,6 +66,9 @@ void addMbedTls(Peers & peers);
 #endif
 #if defined(TVK_BENCH_HAS_LIBTOMCRYPT)
 void addLibTomCrypt(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_SIGNALS2)
+void addSignals2(Peers & peers);
 #endif
 
 }  // namespace tvk::bench
