@@ -1,5 +1,4 @@
-#include "bench/Corpus.h"
-#include "bench/Rows.h"
+#include "bench/ReadRows.h"
 
 namespace tvk::bench {
 
@@ -33,41 +32,6 @@ void addScanRows(Peers const & peers, Corpus const & corpus) {
     }
 }
 
-using TreeSums = std::vector<std::uint64_t>;
-
-template <class Documents>
-TreeSums treeSums(Reader & reader, Documents const & documents) {
-    TreeSums sums;
-    for (std::string_view const document : documents) {
-        sums.push_back(reader.sum(document));
-    }
-    return sums;
-}
-
-std::shared_ptr<Lazy<TreeSums>> wantedTreeSums(Peers const & peers, Corpus const & corpus) {
-    return std::make_shared<Lazy<TreeSums>>(
-        [&] { return treeSums(*peers.readers.front().make(), corpus.documents()); });
-}
-
-void addReadRows(Peers const & peers, Corpus const & corpus) {
-    auto const wanted = wantedTreeSums(peers, corpus);
-    for (Peer<Reader> const & peer : peers.readers) {
-        if (peer.japaneseOnly && &corpus != &tradingCorpus()) {
-            continue;
-        }
-        addRow("read/" + corpus.name() + '/' + peer.name, [&, wanted](benchmark::State & state) {
-            TreeSums const & sums = wanted->get();
-            auto const reader = peer.make();
-            requireAgreement(treeSums(*reader, corpus.documents()) == sums);
-            timePasses(state, sizeOf(corpus), [&] {
-                for (std::string_view const document : corpus.documents()) {
-                    reader->read(document);
-                }
-            });
-        });
-    }
-}
-
 /// All texts of a writer.
 Corpus textsOf(Writer & writer, Corpus const & corpus) {
     std::vector<std::string> texts;
@@ -80,14 +44,14 @@ Corpus textsOf(Writer & writer, Corpus const & corpus) {
 /// The bytes of a writer's row are those of the text that tvk writes, so that no peer gains by
 /// writing more.
 void addWriteRows(Peers const & peers, Corpus const & corpus) {
-    auto const wanted = wantedTreeSums(peers, corpus);
+    auto const wanted = wantedTreeSums(peers.readers, corpus);
     auto const bytes = std::make_shared<Lazy<std::size_t>>([&] {
         auto const writer = peers.writers.front().make();
         writer->load(corpus.documents());
         return textsOf(*writer, corpus).bytes();
     });
     for (Peer<Writer> const & peer : peers.writers) {
-        if (peer.japaneseOnly && &corpus != &tradingCorpus()) {
+        if (sitsOut(peer, corpus)) {
             continue;
         }
         addRow("write/" + corpus.name() + '/' + peer.name,
@@ -98,7 +62,7 @@ void addWriteRows(Peers const & peers, Corpus const & corpus) {
                    writer->load(corpus.documents());
                    Corpus const texts = textsOf(*writer, corpus);
                    auto const judge = peers.readers.front().make();
-                   requireAgreement(treeSums(*judge, texts.documents()) == sums);
+                   requireAgreement(treeSums(*judge, texts) == sums);
                    timePasses(state, size, [&] {
                        for (std::size_t i = 0; i < size.documents; ++i) {
                            benchmark::DoNotOptimize(writer->write(i));
@@ -115,7 +79,7 @@ void addJsonRows(Peers const & peers) {
         addScanRows(peers, *corpus);
     }
     for (Corpus const * const corpus : corpora()) {
-        addReadRows(peers, *corpus);
+        addReadRows("read", peers.readers, *corpus);
     }
     for (Corpus const * const corpus : corpora()) {
         addWriteRows(peers, *corpus);

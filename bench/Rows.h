@@ -19,6 +19,7 @@ void addDateRows(Peers const & peers);
 void addSplitRows(Peers const & peers);
 void addCipherRows(Peers const & peers);
 void addAgentRows(Peers const & peers);
+void addXmlRows(Peers const & peers);
 
 /// What one pass over the documents of a row handles.
 struct PassSize {

@@ -224,6 +224,15 @@ public:
     virtual CallSum fire(std::size_t events) = 0;
 };
 
+/// A path of names below the root of the XML feed, in the types that each side has for it. The result is the
+/// text of the first element there.
+struct XmlPathTask {
+    std::string path;
+    CString tvkPath;
+};
+
+using XmlPathFinder = ItemWork<XmlPathTask, std::string>;
+
 /// A way to do a work, by name. `make` is called whenever its row is run.
 template <class Work>
 struct Peer {
@@ -253,6 +262,8 @@ struct Peers {
     std::vector<Peer<AesKeyWork>> aesKeys;
     std::vector<Peer<NoticeRouter>> noticeRouters;
     std::vector<Peer<EventSource>> eventSources;
+    std::vector<Peer<Reader>> xmlReaders;  ///< empty where tvk has no XML parser
+    std::vector<Peer<XmlPathFinder>> xmlPathFinders;
 };
 
 template <class Implementation, class Work>

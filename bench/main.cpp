@@ -74,6 +74,15 @@ tvk::bench::Peers allPeers() {
 #if defined(TVK_BENCH_HAS_SIGNALS2)
     addSignals2(peers);
 #endif
+#if defined(TVK_BENCH_HAS_XML)
+    addTvkXml(peers);
+#endif
+#if defined(TVK_BENCH_HAS_PUGIXML)
+    addPugiXml(peers);
+#endif
+#if defined(TVK_BENCH_HAS_LIBXML2)
+    addLibXml2(peers);
+#endif
     return peers;
 }
 
@@ -94,6 +103,7 @@ int main(int argc, char ** argv) {
         tvk::bench::addDateRows(peers);
         tvk::bench::addSplitRows(peers);
         tvk::bench::addAgentRows(peers);
+        tvk::bench::addXmlRows(peers);
     }
     tvk::bench::addCipherRows(peers);
     benchmark::RunSpecifiedBenchmarks();

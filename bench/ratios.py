@@ -15,7 +15,8 @@ import sys
 
 WORKS = ["scan", "read", "write", "cache_hit", "to_932", "from_932", "utf8_decode", "utf8_count",
          "base64", "hex", "parse_date", "format_date", "split",
-         "aes_encrypt", "aes_decrypt", "aes_keys", "cbc_encrypt", "cbc_decrypt", "notice", "fire"]
+         "aes_encrypt", "aes_decrypt", "aes_keys", "cbc_encrypt", "cbc_decrypt", "notice", "fire",
+         "read_xml", "xml_path"]
 CORPORA = ["trading", "twitter", "citm_catalog", "canada",
            "24_ascii", "24_any", "1k_ascii", "1k_any", "64k_ascii", "64k_any", "16", "1k", "64k",
            "10_keys", "1k_keys", "100k_keys", "1_listener", "10_listeners", "100_listeners"]

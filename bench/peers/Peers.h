@@ -70,5 +70,14 @@ void addLibTomCrypt(Peers & peers);
 #if defined(TVK_BENCH_HAS_SIGNALS2)
 void addSignals2(Peers & peers);
 #endif
+#if defined(TVK_BENCH_HAS_XML)
+void addTvkXml(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_PUGIXML)
+void addPugiXml(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_LIBXML2)
+void addLibXml2(Peers & peers);
+#endif
 
 }  // namespace tvk::bench
