@@ -46,9 +46,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * bytes, std::size_t si
 
     ScanOutcome const outcome = scanWithLibrary(mode, input, options);
     FUZZ_CHECK(outcome.position <= input.size());
-    FUZZ_CHECK(scanBy(detail::scanPlain, mode, input, options) == outcome);
-    if (detail::Scan const vectors = detail::scanWithSse41(); vectors != nullptr) {
-        FUZZ_CHECK(scanBy(vectors, mode, input, options) == outcome);
+    for (detail::ScanVariant const * const variant : scanVariants()) {
+        FUZZ_CHECK(scanBy(*variant, mode, input, options) == outcome);
     }
     if (isShallow(input)) {
         FUZZ_CHECK(ReferenceScanner::scan(mode, input, options) == outcome);

@@ -35,10 +35,9 @@ void expectAgreement(ScanMode mode, std::string_view input, int options) {
                std::to_string(static_cast<int>(mode)) + " with options " + std::to_string(options);
     };
     ASSERT_EQ(scanWithLibrary(mode, input, options), expected) << describeInput();
-    ASSERT_EQ(scanBy(detail::scanPlain, mode, input, options), expected)
-        << "plain: " << describeInput();
-    if (detail::Scan const vectors = detail::scanWithSse41(); vectors != nullptr) {
-        ASSERT_EQ(scanBy(vectors, mode, input, options), expected) << "SSE4.1: " << describeInput();
+    for (detail::ScanVariant const * const variant : scanVariants()) {
+        ASSERT_EQ(scanBy(*variant, mode, input, options), expected)
+            << variant->name << ": " << describeInput();
     }
 }
 

@@ -77,11 +77,18 @@ private:
     std::uint64_t word_;
 };
 
+struct PlainCode {
+    template <class Handler>
+    static unsigned int scan(ScanEntry entry, char const * data, unsigned int length,
+                             Handler & handler, int options) {
+        return Scanner<PlainBlock, Handler>(data, length, handler, options).scan(entry);
+    }
+};
+
+constexpr ScanVariant PLAIN = ScanVariant::of<PlainCode>("plain");
+
 }  // namespace
 
-unsigned int scanPlain(ScanEntry entry, char const * data, unsigned int length,
-                       SimpleJsonHandler const & handler, void * userData, int options) {
-    return Scanner<PlainBlock>(data, length, handler, userData, options).scan(entry);
-}
+ScanVariant const * scanVariantPlain() { return &PLAIN; }
 
 }  // namespace tvk::detail

@@ -1,5 +1,3 @@
-// Built for SSE4.1 where the processor family has it; only scanWithSse41 leads here.
-
 #include "tvk/json/detail/Scan.h"
 #include "tvk/platform/Processor.h"
 
@@ -9,8 +7,17 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
+#include "tvk/json/JsonOptions.h"
+#include "tvk/json/JsonUtil.h"
+#include "tvk/json/SimpleObjectCache.h"
 #include "tvk/json/detail/HashPowers.h"
+#include "tvk/json/detail/ScannerErrors.h"
+#include "tvk/platform/TargetCode.h"
+
+TVK_BEGIN_TARGET("sse4.1")
+
 #include "tvk/json/detail/Scanner.h"
 
 namespace tvk::detail {
@@ -83,14 +90,25 @@ private:
     __m128i bytes_;
 };
 
-unsigned int scanSse41(ScanEntry entry, char const * data, unsigned int length,
-                       SimpleJsonHandler const & handler, void * userData, int options) {
-    return Scanner<Sse41Block>(data, length, handler, userData, options).scan(entry);
-}
+struct Sse41Code {
+    template <class Handler>
+    static unsigned int scan(ScanEntry entry, char const * data, unsigned int length,
+                             Handler & handler, int options) {
+        return Scanner<Sse41Block, Handler>(data, length, handler, options).scan(entry);
+    }
+};
+
+constexpr ScanVariant SSE41 = ScanVariant::of<Sse41Code>("SSE4.1");
 
 }  // namespace
 
-Scan scanWithSse41() { return platform::hasSse41() ? scanSse41 : nullptr; }
+}  // namespace tvk::detail
+
+TVK_END_TARGET
+
+namespace tvk::detail {
+
+ScanVariant const * scanVariantSse41() { return platform::hasSse41() ? &SSE41 : nullptr; }
 
 }  // namespace tvk::detail
 
@@ -98,7 +116,7 @@ Scan scanWithSse41() { return platform::hasSse41() ? scanSse41 : nullptr; }
 
 namespace tvk::detail {
 
-Scan scanWithSse41() { return nullptr; }
+ScanVariant const * scanVariantSse41() { return nullptr; }
 
 }  // namespace tvk::detail
 

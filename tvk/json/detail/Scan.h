@@ -1,24 +1,42 @@
 #pragma once
 
-#include "tvk/json/SimpleJsonHandler.h"
+#include "tvk/json/detail/TableHandler.h"
 
 namespace tvk::detail {
 
 /// Which of the four entries of the scanner a scan goes through.
 enum class ScanEntry { OBJECT, ARRAY, VALUE, FIELDS };
 
-/// One way to scan; all give the same events, hashes, positions and errors. Returns the position at
-/// which the scan stopped.
+/// A scan that calls a Handler. Returns the position at which it stopped.
+template <class Handler>
 using Scan = unsigned int (*)(ScanEntry entry, char const * data, unsigned int length,
-                              SimpleJsonHandler const & handler, void * userData, int options);
+                              Handler & handler, int options);
 
-unsigned int scanPlain(ScanEntry entry, char const * data, unsigned int length,
-                       SimpleJsonHandler const & handler, void * userData, int options);
+/// The code for one kind of processor, once for each handler. All variants make the same calls with
+/// the same hashes and positions and fail with the same texts.
+///
+/// To add a handler: write a class with the functions of TableHandler and a TERMINATED_COPIES of its
+/// own, inline in its header; include that header below and add a member for it here; name it in
+/// ScanVariant::of. Each variant then has the scanner with the handler inlined, and
+/// bestScanVariant() gives the one to call. What the header brings along is built for every
+/// processor, since the sources of the variants include all headers before they turn to theirs.
+struct ScanVariant {
+    char const * name;
+    Scan<TableHandler> table;
+
+    /// From a type with `template <class Handler> static Scan<Handler> scan`.
+    template <class Code>
+    static constexpr ScanVariant of(char const * name) {
+        return {name, Code::template scan<TableHandler>};
+    }
+};
+
+ScanVariant const * scanVariantPlain();
 
 /// Null where this build or the processor does not have SSE4.1.
-Scan scanWithSse41();
+ScanVariant const * scanVariantSse41();
 
 /// The one that suits this processor best.
-Scan bestScan();
+ScanVariant const & bestScanVariant();
 
 }  // namespace tvk::detail

@@ -15,24 +15,26 @@ namespace tvk::detail {
 /// One scan. It walks the input once with a pointer and calls the handler.
 ///
 /// Block:   how many bytes are looked at together in plain text, see PlainBlock. A type of an
-/// unnamed
-///          namespace, so that code for one processor is never linked into another's.
+///          unnamed namespace, so that code for one processor is never linked into another's.
+/// Handler: a class like TableHandler, whose functions are called inline. It tells by
+///          TERMINATED_COPIES how texts reach it: true for decoded bytes in the scratch buffer with
+///          a NUL behind them; false for slices of the input, without a NUL, where a text holds no
+///          escape (a text with one comes from the scratch buffer in both cases, and has its NUL).
+///          How to add one is told in Scan.h.
 /// Scratch: one buffer holds, from its start, the text of the string being read, and from its far
 /// end
 ///          downwards the kinds of the open containers, one byte each. Both fit: every open bracket
 ///          used up a byte of input, and a string with its quotes takes more input than scratch. So
 ///          a whole block that the input still has may also be stored behind the decoded text.
-template <class Block>
+template <class Block, class Handler>
 class Scanner {
 public:
-    Scanner(char const * data, unsigned int length, SimpleJsonHandler const & handler,
-            void * userData, int options)
+    Scanner(char const * data, unsigned int length, Handler & handler, int options)
         : data_(data),
           end_(data + length),
           length_(length),
           options_(options),
           handler_(handler),
-          userData_(userData),
           buffer_(new char[std::size_t{length} + 1]) {}
     Scanner(Scanner const &) = delete;
     Scanner & operator=(Scanner const &) = delete;
@@ -124,29 +126,29 @@ private:
                 return stringValue(at + 1);
             case '{':
                 openContainer(OBJECT);
-                handler_.startObject(userData_);
+                handler_.startObject();
                 return at + 1;
             case '[':
                 openContainer(ARRAY);
-                handler_.startArray(userData_);
+                handler_.startArray();
                 return at + 1;
             case 't':
                 if (!hasWord(at, "true")) {
                     failTrue(placeOf(at));
                 }
-                handler_.booleanValue(userData_, 1);
+                handler_.booleanValue(true);
                 return at + 4;
             case 'f':
                 if (!hasWord(at, "false")) {
                     failFalse(placeOf(at));
                 }
-                handler_.booleanValue(userData_, 0);
+                handler_.booleanValue(false);
                 return at + 5;
             case 'n':
                 if (!hasWord(at, "null")) {
                     failNull(placeOf(at));
                 }
-                handler_.nullValue(userData_);
+                handler_.nullValue();
                 return at + 4;
             default:
                 return numberValue(at);
@@ -165,7 +167,11 @@ private:
         at = require(at, kind) + 1;
         --depth_;
         isFirst_ = false;
-        (kind == OBJECT ? handler_.endObject : handler_.endArray)(userData_);
+        if (kind == OBJECT) {
+            handler_.endObject();
+        } else {
+            handler_.endArray();
+        }
         return at;
     }
 
@@ -207,8 +213,7 @@ private:
             return behind;
         }
         at = require(readStringValue<false>(require(at, '"') + 1), '"') + 1;
-        buffer_[textLength_] = '\0';
-        handler_.fieldName(userData_, buffer_, textLength_);
+        handler_.fieldName(terminatedText(), textLength_);
         return at;
     }
 
@@ -218,15 +223,18 @@ private:
         if (!has(JSON_ALLOW_UNQUOTED_NAME)) {
             return nullptr;
         }
-        unsigned int length = 0;
+        char const * const name = at;
         for (; at != end_ && *at != ':'; ++at) {
             if (*at == '"' || *at == '\\' || *at == '[' || *at == '{' || *at == ',') {
                 return nullptr;
             }
-            buffer_[length++] = *at;
         }
-        buffer_[length] = '\0';
-        handler_.fieldName(userData_, buffer_, length);
+        textLength_ = static_cast<unsigned int>(at - name);
+        text_ = Handler::TERMINATED_COPIES ? buffer_ : name;
+        if constexpr (Handler::TERMINATED_COPIES) {
+            std::memcpy(buffer_, name, textLength_);
+        }
+        handler_.fieldName(terminatedText(), textLength_);
         return at;
     }
 
@@ -273,8 +281,8 @@ private:
                 at = digits(at + size, &hash);
             }
         }
-        handler_.numberValue(userData_, hash, start, static_cast<unsigned int>(at - start),
-                             fractionStart, exponentStart);
+        handler_.numberValue(hash, start, static_cast<unsigned int>(at - start), fractionStart,
+                             exponentStart);
         return at;
     }
 
@@ -312,18 +320,26 @@ private:
 
     char const * stringValue(char const * at) {
         at = require(readStringValue<true>(at), '"') + 1;
-        buffer_[textLength_] = '\0';
-        handler_.stringValue(userData_, stringHash_, buffer_, textLength_);
+        handler_.stringValue(stringHash_, terminatedText(), textLength_);
         return at;
     }
 
+    /// The text just read. One in the scratch buffer gets its NUL.
+    char const * terminatedText() {
+        if (text_ == buffer_) {
+            buffer_[textLength_] = '\0';
+        }
+        return text_;
+    }
+
     /// Decodes a text into the buffer, up to the character that ends it: a quote, a NUL or the end
-    /// of the data. Leaves its length and, where HASHED, its hash.
+    /// of the data. Leaves its place, its length and, where HASHED, its hash.
     ///
     /// Deliberate: characters are judged by their code points and trail bytes are not tested. C0 A2
     /// ends a text like a quote and C3 swallows a quote behind it; peers' hashes rely on it.
     template <bool HASHED>
     char const * readStringValue(char const * at) {
+        char const * const start = at;
         char * out = buffer_;
         std::uint32_t hash = INITIAL_HASH;
         for (;;) {
@@ -357,6 +373,9 @@ private:
         }
         textLength_ = static_cast<unsigned int>(out - buffer_);
         stringHash_ = hash;
+        // Every escape is longer than what it stands for.
+        bool const hasEscape = textLength_ != positionOf(at) - positionOf(start);
+        text_ = Handler::TERMINATED_COPIES || hasEscape ? buffer_ : start;
         return at;
     }
 
@@ -591,12 +610,12 @@ private:
     char const * const end_;
     unsigned int const length_;
     int const options_;
-    SimpleJsonHandler const & handler_;
-    void * const userData_;
+    Handler & handler_;
     char * const buffer_;           // length_ + 1 bytes
     unsigned int depth_ = 0;        // open containers
     bool isFirst_ = false;          // nothing has been read in the container on top
-    unsigned int textLength_ = 0;   // of the string just read
+    char const * text_ = nullptr;   // of the string just read
+    unsigned int textLength_ = 0;   // likewise
     std::uint32_t stringHash_ = 0;  // likewise
 };
 

@@ -1,0 +1,24 @@
+#pragma once
+
+// TVK_BEGIN_TARGET("avx2,bmi") to TVK_END_TARGET: what is defined in between, templates included,
+// is built for processors with these features, and may only be reached behind a test for them.
+//
+// Headers are included before. What comes from them, and is shared with other sources, is then
+// still built for every processor, so it does not matter whose copy the linker keeps; it may be
+// inlined into the code in between nevertheless. What is defined in between has internal linkage.
+// A compiler without such a switch takes the instructions anywhere.
+
+#if defined(__clang__)
+#define TVK_BEGIN_TARGET(features) \
+    TVK_TARGET_PRAGMA(clang attribute push(__attribute__((target(features))), apply_to = function))
+#define TVK_END_TARGET TVK_TARGET_PRAGMA(clang attribute pop)
+#elif defined(__GNUC__)
+#define TVK_BEGIN_TARGET(features) \
+    TVK_TARGET_PRAGMA(GCC push_options) TVK_TARGET_PRAGMA(GCC target(features))
+#define TVK_END_TARGET TVK_TARGET_PRAGMA(GCC pop_options)
+#else
+#define TVK_BEGIN_TARGET(features)
+#define TVK_END_TARGET
+#endif
+
+#define TVK_TARGET_PRAGMA(text) _Pragma(#text)
