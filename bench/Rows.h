@@ -15,6 +15,7 @@ void addCacheRows(Peers const & peers);
 void addCodePageRows(Peers const & peers);
 void addUtf8Rows(Peers const & peers);
 void addEncoderRows(Peers const & peers);
+void addPercentRows(Peers const & peers);
 void addDateRows(Peers const & peers);
 void addSplitRows(Peers const & peers);
 void addCipherRows(Peers const & peers);

@@ -154,6 +154,9 @@ public:
 /// Bytes to base64, or to hexadecimal digits.
 using Encoder = ItemWork<std::string_view, std::string>;
 
+/// Text to what may stand in the query of a URL, or back.
+using PercentCoder = ItemWork<std::string_view, std::string>;
+
 /// "2014/01/02 03:04:05.678" as local time to microseconds since the epoch, and back. A NUL stands
 /// behind the text that is read.
 using DateParser = ItemWork<std::string_view, std::int64_t>;
@@ -252,6 +255,8 @@ struct Peers {
     std::vector<Peer<Utf8Decoder>> utf8Decoders;
     std::vector<Peer<Encoder>> base64Encoders;
     std::vector<Peer<Encoder>> hexEncoders;
+    std::vector<Peer<PercentCoder>> percentEncoders;
+    std::vector<Peer<PercentCoder>> percentDecoders;
     std::vector<Peer<DateParser>> dateParsers;
     std::vector<Peer<DateFormatter>> dateFormatters;
     std::vector<Peer<Splitter>> splitters;

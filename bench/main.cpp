@@ -59,6 +59,15 @@ tvk::bench::Peers allPeers() {
 #if defined(TVK_BENCH_HAS_BOOST_HEX)
     addBoostHex(peers);
 #endif
+#if defined(TVK_BENCH_HAS_BOOST_URL)
+    addBoostUrl(peers);
+#endif
+#if defined(TVK_BENCH_HAS_CURL)
+    addCurl(peers);
+#endif
+#if defined(TVK_BENCH_HAS_ABSEIL)
+    addAbseil(peers);
+#endif
 #if defined(TVK_BENCH_HAS_POSIX_TIME)
     addPosixTime(peers);
 #endif
@@ -100,6 +109,7 @@ int main(int argc, char ** argv) {
         tvk::bench::addCodePageRows(peers);
         tvk::bench::addUtf8Rows(peers);
         tvk::bench::addEncoderRows(peers);
+        tvk::bench::addPercentRows(peers);
         tvk::bench::addDateRows(peers);
         tvk::bench::addSplitRows(peers);
         tvk::bench::addAgentRows(peers);

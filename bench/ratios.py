@@ -14,7 +14,7 @@ import sys
 
 
 WORKS = ["scan", "read", "write", "cache_hit", "to_932", "from_932", "utf8_decode", "utf8_count",
-         "base64", "hex", "parse_date", "format_date", "split",
+         "base64", "hex", "percent_encode", "percent_decode", "parse_date", "format_date", "split",
          "aes_encrypt", "aes_decrypt", "aes_keys", "cbc_encrypt", "cbc_decrypt", "notice", "fire",
          "read_xml", "xml_path"]
 CORPORA = ["trading", "twitter", "citm_catalog", "canada",

@@ -8,7 +8,7 @@ packages_ci=("${packages_test[@]}" clang clang-format clang-tidy libclang-rt-14-
 packages_bench=("${packages_run[@]}" pkg-config libbenchmark-dev rapidjson-dev libyajl-dev
     libsimdjson-dev nlohmann-json3-dev libjsoncpp-dev libboost1.81-dev libboost-json1.81-dev
     libutfcpp-dev libssl-dev nettle-dev libfmt-dev libmbedtls-dev libtomcrypt-dev
-    libexpat1-dev libpugixml-dev libxml2-dev)
+    libexpat1-dev libpugixml-dev libxml2-dev libabsl-dev libboost-url1.81-dev libcurl4-openssl-dev)
 
 # package_is_here PACKAGE: a tool counts however it was installed, what is no tool is asked of dpkg.
 # Without dpkg a library is left to CMake, which names what it does not find, and the zone files to the

@@ -55,6 +55,15 @@ void addNettleAes(Peers & peers);
 #if defined(TVK_BENCH_HAS_BOOST_HEX)
 void addBoostHex(Peers & peers);
 #endif
+#if defined(TVK_BENCH_HAS_BOOST_URL)
+void addBoostUrl(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_CURL)
+void addCurl(Peers & peers);
+#endif
+#if defined(TVK_BENCH_HAS_ABSEIL)
+void addAbseil(Peers & peers);
+#endif
 #if defined(TVK_BENCH_HAS_POSIX_TIME)
 void addPosixTime(Peers & peers);
 #endif

@@ -2,6 +2,7 @@
 
 #include "bench/peers/EachItem.h"
 #include "bench/peers/Peers.h"
+#include "bench/peers/TvkInlined.h"
 #include "tvk/tvk.h"
 
 namespace tvk::bench {
@@ -203,6 +204,18 @@ struct TvkHex {
     }
 };
 
+struct TvkPercentEncoder {
+    CString operator()(std::string_view text) const {
+        return StringUtil::urlEncode(text.data(), sizeOf(text));
+    }
+};
+
+struct TvkPercentDecoder {
+    CString operator()(std::string_view text) const {
+        return StringUtil::urlDecode(text.data(), sizeOf(text), nullptr);
+    }
+};
+
 struct TvkDateParser {
     std::int64_t operator()(std::string_view text) const {
         timeval time{};
@@ -236,8 +249,11 @@ void addTvk(Peers & peers) {
     addPeer<TvkCodePageIntoRoom>(peers.codePageConverters, "tvk");
     addPeer<TvkCodePage>(peers.codePageConverters, "tvk_CString");
     addPeer<TvkUtf8>(peers.utf8Decoders, "tvk");
+    peers.utf8Decoders.push_back({"tvk_inlined", makeInlinedUtf8Decoder});
     addFunction<TvkBase64>(peers.base64Encoders, "tvk");
     addFunction<TvkHex>(peers.hexEncoders, "tvk");
+    addFunction<TvkPercentEncoder>(peers.percentEncoders, "tvk");
+    addFunction<TvkPercentDecoder>(peers.percentDecoders, "tvk");
     addFunction<TvkDateParser>(peers.dateParsers, "tvk");
     addFunction<TvkDateFormatter>(peers.dateFormatters, "tvk");
     addFunction<TvkSplitter>(peers.splitters, "tvk");

@@ -1,0 +1,33 @@
+#include "bench/peers/TvkInlined.h"
+
+#include "tvk/text/detail/Utf8Codec.h"
+
+namespace tvk::bench {
+
+namespace {
+
+struct BadUtf8 {
+    explicit BadUtf8(char const *) {}
+};
+
+class InlinedUtf8 : public Utf8Decoder {
+public:
+    std::uint64_t decode(std::string_view text) override {
+        using Codec = detail::Utf8Codec<BadUtf8>;
+        std::uint64_t sum = 0;
+        auto const length = static_cast<unsigned int>(text.size());
+        unsigned int byteCount = 0;
+        for (unsigned int at = 0; at < length; at += byteCount) {
+            sum += static_cast<std::uint64_t>(Codec::next(text.data(), length, at, &byteCount));
+        }
+        return sum;
+    }
+    bool counts() const override { return false; }
+    std::size_t count(std::string_view) override { return 0; }
+};
+
+}  // namespace
+
+std::unique_ptr<Utf8Decoder> makeInlinedUtf8Decoder() { return std::make_unique<InlinedUtf8>(); }
+
+}  // namespace tvk::bench
