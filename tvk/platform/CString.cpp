@@ -115,12 +115,18 @@ char * CString::allocate(int length) {
 }
 
 void CString::release(Block * block) noexcept {
+    int const beforeBlock = std::min(block->capacity, 0);
     block->~Block();
-    std::free(block);
+    std::free(reinterpret_cast<char *>(block) + beforeBlock);
 }
 
 bool CString::isShared() const noexcept {
     return block()->references.load(std::memory_order_acquire) != 1;
+}
+
+/// The longest text that the block has room for.
+int CString::capacity() const noexcept {
+    return block()->capacity < 0 ? block()->length : block()->capacity;
 }
 
 void CString::setLength(int length) noexcept {
@@ -130,16 +136,15 @@ void CString::setLength(int length) noexcept {
 
 /// Makes the text this object's own with room for `length` bytes, and returns it.
 char * CString::makeRoom(int length) {
-    int const capacity = block()->capacity;
-    if (!isShared() && capacity >= length) {
+    int const room = capacity();
+    if (!isShared() && room >= length) {
         return data_;
     }
     int const kept = block()->length;
     int wanted = std::max(length, kept);
-    if (length > capacity && kept > 0) {
-        int const half = capacity / 2;  // geometric growth keeps repeated appending linear
-        wanted = std::max(wanted,
-                          capacity > MAXIMUM_LENGTH - half ? MAXIMUM_LENGTH - 1 : capacity + half);
+    if (length > room && kept > 0) {
+        int const half = room / 2;  // geometric growth keeps repeated appending linear
+        wanted = std::max(wanted, room > MAXIMUM_LENGTH - half ? MAXIMUM_LENGTH - 1 : room + half);
     }
     char * const fresh = allocate(wanted);
     std::memcpy(fresh, data_, bytes(kept) + 1);
@@ -317,7 +322,7 @@ int CString::Insert(int index, char const * text) { return Insert(index, CString
 int CString::Insert(int index, char character) { return Insert(index, CString(character)); }
 
 void CString::Preallocate(int length) {
-    if (length > block()->capacity) {
+    if (length > capacity()) {
         makeRoom(length);
     }
 }
@@ -347,13 +352,14 @@ void CString::ReleaseBuffer(int newLength) {
     if (block() == &EMPTY.block) {
         return;
     }
-    assert(newLength <= block()->capacity);
+    int const room = capacity();
+    assert(newLength <= room);
     if (newLength < 0) {
-        void const * const end = std::memchr(data_, 0, bytes(block()->capacity));
-        newLength = end == nullptr ? block()->capacity
-                                   : static_cast<int>(static_cast<char const *>(end) - data_);
+        void const * const end = std::memchr(data_, 0, bytes(room));
+        newLength =
+            end == nullptr ? room : static_cast<int>(static_cast<char const *>(end) - data_);
     }
-    setLength(std::min(newLength, block()->capacity));
+    setLength(std::min(newLength, room));
 }
 
 CString operator+(CString const & left, CString const & right) {

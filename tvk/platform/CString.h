@@ -16,6 +16,10 @@
 #define TVK_PRINTF_LIKE(text, first)
 #endif
 
+namespace tvk::platform {
+class EmbeddedText;
+}
+
 /// Narrow text, the text type of every interface: reference-counted, copy on write, one pointer in
 /// size. The empty text needs no allocation, and a text that was moved from is empty.
 ///
@@ -114,6 +118,8 @@ private:
     struct Block {
         mutable std::atomic<int> references;  // UNCOUNTED for the shared empty text
         int length;
+        // Below 0 where the block stands inside a larger one: the bytes from here back to its start,
+        // negated. There is room for the text alone then.
         int capacity;
     };
     struct EmptyText {
@@ -147,6 +153,7 @@ private:
     static CString concatenate(char const * left, int leftLength, char const * right,
                                int rightLength);
     bool isShared() const noexcept;
+    int capacity() const noexcept;
     char * makeRoom(int length);
     void setLength(int length) noexcept;
 
@@ -155,6 +162,7 @@ private:
     friend TVK_API CString operator+(char const * left, CString const & right);
     friend TVK_API CString operator+(CString const & left, char right);
     friend TVK_API CString operator+(char left, CString const & right);
+    friend class tvk::platform::EmbeddedText;
 
     char * data_;  // first byte of the text, right behind its Block
 };
