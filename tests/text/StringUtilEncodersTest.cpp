@@ -15,6 +15,7 @@
 #include "tests/support/AllocationFailure.h"
 #include "tests/support/ExactBuffer.h"
 #include "tests/support/PrintCString.h"
+#include "tests/support/ReferenceBase64.h"
 #include "tests/support/ReferenceUrl.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/text/StringUtil.h"
@@ -324,44 +325,6 @@ TEST(UrlDecode, DeliberateRefusalOfWhatWasEncodedFromHighBytes) {
 }
 
 // ---- base64Encode and base64UrlEncode --------------------------------------------------------
-
-std::string bitsOf(std::string_view bytes) {
-    std::string bits;
-    for (char const byte : bytes) {
-        for (unsigned int mask = 0x80; mask != 0; mask /= 2) {
-            bits += (static_cast<unsigned char>(byte) & mask) != 0 ? '1' : '0';
-        }
-    }
-    return bits;
-}
-
-char characterOf(int index, std::string_view lastTwo) {
-    return static_cast<char>(index < 26    ? 'A' + index
-                             : index < 52  ? 'a' + (index - 26)
-                             : index < 62  ? '0' + (index - 52)
-                             : index == 62 ? lastTwo[0]
-                                           : lastTwo[1]);
-}
-
-/// Takes six bits after the other from the whole row of them.
-std::string referenceBase64(std::string_view bytes, std::string_view lastTwo) {
-    std::string bits = bitsOf(bytes);
-    while (bits.size() % 6 != 0) {
-        bits += '0';
-    }
-    std::string text;
-    for (std::size_t at = 0; at < bits.size(); at += 6) {
-        int index = 0;
-        for (char const bit : bits.substr(at, 6)) {
-            index = index * 2 + (bit == '1' ? 1 : 0);
-        }
-        text += characterOf(index, lastTwo);
-    }
-    while (text.size() % 4 != 0) {
-        text += '=';
-    }
-    return text;
-}
 
 std::string withBreaks(std::string text) {
     for (std::size_t at = 76; at < text.size(); at += 76) {

@@ -5,27 +5,43 @@
 
 #include "tvk/text/StringUtil.h"
 #include "tvk/text/detail/BoundedText.h"
+#include "tvk/text/detail/ByteEncoders.h"
 
 namespace tvk {
 
 namespace {
 
-constexpr char STANDARD[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr char FOR_URLS[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+using detail::Base64Alphabet;
+
+constexpr Base64Alphabet STANDARD('+', '/');
+constexpr Base64Alphabet FOR_URLS('-', '_');
 
 constexpr std::size_t BREAK = 2;  // CR LF
 constexpr std::size_t FIRST_LINE = 76;
 constexpr std::size_t LATER_LINE = FIRST_LINE - BREAK;
 
 /// Four characters for the 24 bits of three bytes.
-void writeGroup(unsigned int bits, char const * alphabet, char * out) {
-    out[0] = alphabet[bits >> 18];
-    out[1] = alphabet[bits >> 12 & 63];
-    out[2] = alphabet[bits >> 6 & 63];
-    out[3] = alphabet[bits & 63];
+void writeGroup(unsigned int bits, Base64Alphabet const & alphabet, char * out) {
+    out[0] = alphabet.characters[bits >> 18];
+    out[1] = alphabet.characters[bits >> 12 & 63];
+    out[2] = alphabet.characters[bits >> 6 & 63];
+    out[3] = alphabet.characters[bits & 63];
 }
 
-void writeLastGroup(unsigned char const * data, unsigned int size, char const * alphabet,
+void writeGroups(unsigned char const * data, std::size_t groups, Base64Alphabet const & alphabet,
+                 char * out) {
+    if (groups >= detail::FEWEST_VECTOR_GROUPS) {
+        detail::bestByteEncoders().base64(data, groups, alphabet, out);
+        return;
+    }
+    for (; groups > 0; --groups, data += 3, out += 4) {
+        unsigned int const high = data[0];
+        unsigned int const middle = data[1];
+        writeGroup(high << 16 | middle << 8 | data[2], alphabet, out);
+    }
+}
+
+void writeLastGroup(unsigned char const * data, std::size_t size, Base64Alphabet const & alphabet,
                     char * out) {
     unsigned int const second = size == 2 ? data[1] : 0U;
     writeGroup(static_cast<unsigned int>(data[0]) << 16 | second << 8, alphabet, out);
@@ -36,15 +52,14 @@ void writeLastGroup(unsigned char const * data, unsigned int size, char const * 
 }
 
 /// Returns the place behind the last character written.
-char * encode(unsigned char const * data, unsigned int size, char const * alphabet, char * out) {
-    unsigned int left = size;
-    for (; left >= 3; left -= 3, data += 3, out += 4) {
-        unsigned int const high = data[0];
-        unsigned int const middle = data[1];
-        writeGroup(high << 16 | middle << 8 | data[2], alphabet, out);
-    }
-    if (left > 0) {
-        writeLastGroup(data, left, alphabet, out);
+char * encode(unsigned char const * data, std::size_t size, Base64Alphabet const & alphabet,
+              char * out) {
+    std::size_t const groups = size / 3;
+    std::size_t const rest = size % 3;
+    writeGroups(data, groups, alphabet, out);
+    out += 4 * groups;
+    if (rest > 0) {
+        writeLastGroup(data + 3 * groups, rest, alphabet, out);
         out += 4;
     }
     return out;
@@ -70,10 +85,11 @@ void moveLines(char const * from, char const * end, char * out) {
     }
 }
 
-CString base64(void const * data, unsigned int size, char const * alphabet, bool lineBreaks) {
+CString base64(void const * data, unsigned int size, Base64Alphabet const & alphabet,
+               bool lineBreaks) {
     std::uint64_t const length = (std::uint64_t{size} + 2) / 3 * 4;
     std::uint64_t const breaks = lineBreaks ? breaksOf(length) : 0;
-    return detail::boundedText(length + BREAK * breaks, [=](char * first) {
+    return detail::boundedText(length + BREAK * breaks, [=, &alphabet](char * first) {
         char * const unbroken = first + BREAK * breaks;
         char * const end =
             encode(static_cast<unsigned char const *>(data), size, alphabet, unbroken);

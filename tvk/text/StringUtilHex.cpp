@@ -1,24 +1,25 @@
+#include <cstddef>
 #include <cstdint>
 
 #include "tvk/text/StringUtil.h"
 #include "tvk/text/detail/BoundedText.h"
+#include "tvk/text/detail/ByteEncoders.h"
 
 namespace tvk {
 
 namespace {
 
-constexpr char DIGITS[] = "0123456789ABCDEF";
-
+detail::ByteEncoders const & encodersFor(unsigned int size) {
+    return size < detail::FEWEST_VECTOR_BYTES ? detail::plainByteEncoders()
+                                              : detail::bestByteEncoders();
 }
+
+}  // namespace
 
 CString StringUtil::toHexString(void const * data, unsigned int size) {
     return detail::boundedText(std::uint64_t{2} * size, [=](char * out) {
-        auto const * const bytes = static_cast<unsigned char const *>(data);
-        for (unsigned int i = 0; i < size; ++i) {
-            *out++ = DIGITS[bytes[i] >> 4];
-            *out++ = DIGITS[bytes[i] & 15];
-        }
-        return out;
+        encodersFor(size).hex(static_cast<unsigned char const *>(data), size, out);
+        return out + std::size_t{2} * size;
     });
 }
 
