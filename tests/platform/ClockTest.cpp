@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <ctime>
 #include <limits>
+#include <random>
 #include <string>
+#include <utility>
 
 #include "tests/support/TimeZone.h"
 
@@ -102,6 +107,169 @@ TEST(Clock, AnswersMinusOneForATimeThatCannotBe) {
     time.tm_year = std::numeric_limits<int>::max();
     time.tm_mon = std::numeric_limits<int>::max();
     EXPECT_EQ(makeTime(&time), -1);
+}
+
+/// mktime, which brings the numbers of its copy into their ranges.
+long long referenceSeconds(std::tm time) { return std::mktime(&time); }
+
+bool hasSameNumbers(std::tm const & left, std::tm const & right) {
+    return left.tm_sec == right.tm_sec && left.tm_min == right.tm_min &&
+           left.tm_hour == right.tm_hour && left.tm_mday == right.tm_mday &&
+           left.tm_mon == right.tm_mon && left.tm_year == right.tm_year;
+}
+
+/// Expects localSeconds to give what mktime gives, or, of an hour that the clock repeats, the other
+/// reading.
+void compareWithMktime(std::tm const & wanted) {
+    long long const seconds = localSeconds(wanted);
+    std::tm inRange = wanted;
+    long long const reference = std::mktime(&inRange);
+    if (seconds != reference) {
+        std::tm local{};
+        ASSERT_TRUE(localTime(seconds, &local)) << textOf(inRange);
+        ASSERT_TRUE(hasSameNumbers(local, inRange)) << seconds << " for " << textOf(inRange);
+    }
+}
+
+/// Zones of all kinds; "right" ones count leap seconds.
+constexpr char const * ZONES[] = {
+    "UTC0",
+    "JST-9",
+    "NST3:30",
+    "AAA-5:45:30",
+    "EST5EDT,M3.2.0,M11.1.0",
+    "IST-1GMT0,M10.5.0,M3.5.0/1",
+    "UTC",
+    "Asia/Tokyo",
+    "Asia/Kolkata",
+    "America/New_York",
+    "Europe/London",
+    "Europe/Dublin",
+    "Europe/Moscow",
+    "Africa/Casablanca",
+    "Australia/Lord_Howe",
+    "Pacific/Apia",
+    "Asia/Pyongyang",
+    "America/Caracas",
+    "right/Asia/Tokyo",
+    "right/UTC",
+};
+
+TEST(Clock, LocalSecondsAreThoseOfMktime) {
+    std::mt19937 random(20140102);
+    auto const below = [&random](int limit) {
+        return static_cast<int>(random() % static_cast<unsigned int>(limit));
+    };
+    for (char const * name : ZONES) {
+        SCOPED_TRACE(name);
+        TimeZone const zone(name);
+        for (int i = 0; i < 10000; ++i) {
+            std::tm const time = calendar(1900 + below(200), 1 + below(12), 1 + below(31),
+                                          below(24), below(60), below(60));
+            ASSERT_NO_FATAL_FAILURE(compareWithMktime(time));
+        }
+        for (int i = 0; i < 10000; ++i) {
+            std::tm const time = calendar(below(20000) - 10000, below(400) - 200, below(800) - 400,
+                                          below(200) - 100, below(400) - 200, below(400) - 200);
+            ASSERT_NO_FATAL_FAILURE(compareWithMktime(time));
+        }
+    }
+}
+
+TEST(Clock, LocalSecondsAreThoseOfMktimeAroundEachChangeOfTheClock) {
+    for (char const * name : ZONES) {
+        SCOPED_TRACE(name);
+        TimeZone const zone(name);
+        constexpr int STEP = 3 * 3600;
+        std::tm before{};
+        localTime(-STEP, &before);
+        for (int seconds = 0; seconds < INT_MAX - STEP; seconds += STEP) {
+            std::tm local{};
+            localTime(seconds, &local);
+            if (local.tm_gmtoff != before.tm_gmtoff) {
+                std::tm time = before;
+                time.tm_sec = 0;
+                for (time.tm_min -= 120; time.tm_min < 600; time.tm_min += 10) {
+                    time.tm_isdst = -1;
+                    ASSERT_NO_FATAL_FAILURE(compareWithMktime(time));
+                }
+            }
+            before = local;
+        }
+    }
+}
+
+TEST(Clock, LocalSecondsOfExtremeNumbersAreThoseOfMktime) {
+    constexpr int ENDS[] = {INT_MIN, INT_MIN + 1900, -1, 0, 1, 59, 60, INT_MAX - 1900, INT_MAX};
+    for (char const * name : {"UTC0", "Asia/Tokyo", "America/New_York"}) {
+        SCOPED_TRACE(name);
+        TimeZone const zone(name);
+        for (int std::tm::*const first :
+             {&std::tm::tm_year, &std::tm::tm_mon, &std::tm::tm_mday, &std::tm::tm_hour}) {
+            for (int std::tm::*const second :
+                 {&std::tm::tm_mon, &std::tm::tm_mday, &std::tm::tm_min, &std::tm::tm_sec}) {
+                for (int const firstEnd : ENDS) {
+                    for (int const secondEnd : ENDS) {
+                        std::tm time = calendar(2014, 1, 2, 3, 4, 5);
+                        time.*first = firstEnd;
+                        time.*second = secondEnd;
+                        ASSERT_EQ(localSeconds(time), referenceSeconds(time))
+                            << firstEnd << ' ' << secondEnd;
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(Clock, LocalSecondsFollowTheFlagOfDaylightSavingTime) {
+    for (char const * name : {"JST-9", "EST5EDT,M3.2.0,M11.1.0"}) {
+        SCOPED_TRACE(name);
+        TimeZone const zone(name);
+        for (int const flag : {-1, 0, 1}) {
+            for (int const month : {1, 7}) {
+                std::tm time = calendar(2014, month, 2, 3, 4, 5);
+                time.tm_isdst = flag;
+                EXPECT_EQ(localSeconds(time), referenceSeconds(time)) << flag;
+            }
+        }
+    }
+}
+
+TEST(Clock, LocalSecondsLeaveTheNumbersAlone) {
+    TimeZone const tokyo("JST-9");
+    std::tm const time = calendar(2013, 13, 2, 11, 63, 65);
+    EXPECT_EQ(localSeconds(time), 1388631845);
+    EXPECT_EQ(time.tm_mon, 12);
+    EXPECT_EQ(time.tm_isdst, -1);
+}
+
+TEST(Clock, LocalSecondsLeaveErrnoAlone) {
+    TimeZone const tokyo("JST-9");
+    localSeconds(calendar(2014, 1, 2, 3, 4, 5));
+    errno = 12345;
+    localSeconds(calendar(2014, 1, 2, 3, 4, 5));
+    EXPECT_EQ(errno, 12345);
+}
+
+TEST(Clock, LocalSecondsNoticeAZoneThatIsSetWithoutAWord) {
+    TimeZone const restored("UTC0");
+    std::tm const time = calendar(2014, 7, 2, 3, 4, 5);
+    for (auto const & [zone, seconds] :
+         {std::pair("JST-9", 1404237845LL), std::pair("EST5EDT,M3.2.0,M11.1.0", 1404284645LL),
+          std::pair("Asia/Tokyo", 1404237845LL), std::pair("UTC0", 1404270245LL),
+          std::pair("Asia/Kolkata", 1404250445LL)}) {
+        setenv("TZ", zone, 1);
+        EXPECT_EQ(localSeconds(time), seconds) << zone;
+    }
+}
+
+TEST(Clock, LocalSecondsAreMinusOneForATimeThatCannotBe) {
+    std::tm time{};
+    time.tm_year = std::numeric_limits<int>::max();
+    time.tm_mon = std::numeric_limits<int>::max();
+    time.tm_isdst = -1;
+    EXPECT_EQ(localSeconds(time), -1);
 }
 
 TEST(Clock, TellsTheLocalSystemTime) {

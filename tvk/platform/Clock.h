@@ -29,6 +29,9 @@ bool localTime(long long seconds, std::tm * brokenDown);
 /// brought into them. -1 where the system has no such time.
 long long makeTime(std::tm * brokenDown);
 
+/// The answer of makeTime, at less cost; the numbers stay as they are.
+long long localSeconds(std::tm const & brokenDown);
+
 /// Nanoseconds of a clock that never goes back; its zero means nothing.
 long long monotonicNanoseconds();
 

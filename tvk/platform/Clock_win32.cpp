@@ -11,4 +11,9 @@ bool localTime(long long seconds, std::tm * brokenDown) {
 
 long long makeTime(std::tm * brokenDown) { return _mktime64(brokenDown); }
 
+long long localSeconds(std::tm const & brokenDown) {
+    std::tm inRange = brokenDown;
+    return makeTime(&inRange);
+}
+
 }  // namespace tvk::platform

@@ -39,7 +39,7 @@ long long epochSeconds(int year, int month, int day, int hour, int minute, int s
     local.tm_min = minute;
     local.tm_sec = second;
     local.tm_isdst = -1;  // the calendar finds out
-    return platform::makeTime(&local);
+    return platform::localSeconds(local);
 }
 
 long long epochSeconds(_SYSTEMTIME const & time) {
