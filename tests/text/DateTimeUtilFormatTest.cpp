@@ -233,6 +233,27 @@ TEST_F(Format, PadsShortNumbersWithZeros) {
     EXPECT_EQ(DateTimeUtil::formatDisplayTime1(timeOf(0, 9999)), "00:00:00.009");
 }
 
+TEST_F(Format, WritesEachTimeOfADayAndEachFraction) {
+    for (int second = 0; second < 86400; second += 7) {
+        compareWithModel(timeOf(1388620800 + second, second * 11 % 1000000), '/');
+    }
+    for (int milliseconds = -20; milliseconds < 1020; ++milliseconds) {
+        compareWithModel(timeOf(1388620800, milliseconds * 1000 + 999), '/');
+    }
+}
+
+TEST_F(Format, WritesEachDayOfAYearAndEachYear) {
+    for (int day = 0; day < 366; ++day) {
+        compareWithModel(timeOf(secondsOf(2012) + day * 86400LL, 0), '/');
+    }
+    for (int year = -1100; year < 11000; year += 13) {
+        compareWithModel(timeOf(secondsOf(year), 0), '/');
+    }
+    for (int const year : {-1000, -999, -1, 0, 999, 1000, 9999, 10000}) {
+        compareWithModel(timeOf(secondsOf(year), 0), '/');
+    }
+}
+
 TEST_F(Format, ASignCountsInTheWidth) {
     EXPECT_EQ(DateTimeUtil::formatDate(timeOf(secondsOf(-7), 0)), "-0070101");
     EXPECT_EQ(DateTimeUtil::formatDate(timeOf(secondsOf(-7000), 0)), "-70000101");

@@ -264,6 +264,19 @@ void expectRows(std::initializer_list<Row> rows) {
     }
 }
 
+TEST_F(ParseDateTimeRules, AgreesWithTheModelOnGoodTextsWithAnyOneByteChanged) {
+    for (std::string const text : GOOD_TEXTS) {
+        for (std::size_t at = 0; at < text.size(); ++at) {
+            std::string changed = text;
+            for (int byte = 0; byte < 256; ++byte) {
+                changed[at] = static_cast<char>(byte);
+                ParsedTwice const both = bothOf(changed, static_cast<unsigned int>(changed.size()));
+                ASSERT_EQ(both.library, both.model) << ::testing::PrintToString(changed);
+            }
+        }
+    }
+}
+
 TEST_F(ParseDateTimeRules, RefusesOtherLengths) {
     for (unsigned int length = 0; length <= MAX_LENGTH; ++length) {
         for (char const * text : GOOD_TEXTS) {

@@ -5,12 +5,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <climits>
 #include <ctime>
 #include <limits>
 #include <random>
 #include <string>
+#include <thread>
 #include <utility>
+#include <vector>
 
 #include "tests/support/DateTimeModel.h"
 #include "tests/support/KnownZones.h"
@@ -366,6 +369,32 @@ TEST(DateTimeUtil, TheLowestYearAndMonthWrap) {
     model.tm_mday = 1;
     model.tm_isdst = -1;
     EXPECT_EQ(epochTime(1970, INT_MIN, 1, 0, 0, 0).first, cut(std::mktime(&model)));
+}
+
+TEST(DateTimeUtil, ManyThreadsReadAndWriteAtOnce) {
+    constexpr int FIRST = 1388631845;
+    for (char const * name : {"Asia/Tokyo", NEW_YORK}) {
+        TimeZone const zone(name);
+        std::atomic<int> wrong = 0;
+        std::vector<std::thread> threads;
+        for (int number = 0; number < 4; ++number) {
+            threads.emplace_back([&wrong, number] {
+                for (int i = 0; i < 2000; ++i) {
+                    timeval const time = timeOf(FIRST + i * 7919 + number, i * 499);
+                    tvk::CString const text = DateTimeUtil::formatDisplayDateTime2(time, '/');
+                    timeval read{};
+                    bool const isRead = DateTimeUtil::parseDateTime(text, 26, &read);
+                    if (!isRead || fieldsOf(read) != fieldsOf(time)) {
+                        ++wrong;
+                    }
+                }
+            });
+        }
+        for (std::thread & thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(wrong, 0) << name;
+    }
 }
 
 TEST(DateTimeUtil, TurnsTimesIntoMilliseconds) {

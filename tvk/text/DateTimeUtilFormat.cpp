@@ -1,8 +1,10 @@
 // Writing: the format functions of DateTimeUtil.
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstddef>
+#include <cstring>
 #include <ctime>
 #include <utility>
 
@@ -37,9 +39,9 @@ DateTimeNumbers numbersOf(timeval const & time) {
     return numbers;
 }
 
-/// A number that doesn't fit its width, or a negative one: a sign counts in the width, and zeros
-/// stand behind it.
-char * writeOddNumber(char * out, int number, int width) {
+/// What "%0*d" gives: a sign counts in the width, and zeros stand behind it. Returns the place behind
+/// the number.
+char * writeNumber(char * out, int number, int width) {
     char digits[MAX_NUMBER_LENGTH];
     char const * const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     char const * from = digits;
@@ -53,44 +55,84 @@ char * writeOddNumber(char * out, int number, int width) {
     return std::copy(from, end, out);
 }
 
-constexpr int powerOf10(int exponent) { return exponent == 0 ? 1 : 10 * powerOf10(exponent - 1); }
-
-/// What "%0*d" gives. Returns the place behind it.
-template <int WIDTH>
-char * writeNumber(char * out, int number) {
-    if (number < 0 || number >= powerOf10(WIDTH)) {
-        return writeOddNumber(out, number, WIDTH);
+/// The text of any numbers, with any separator.
+CString oddText(DateTimePattern const & pattern, DateTimeNumbers const & numbers, char separator) {
+    char text[DateTimePattern::MAX_FIELDS * (1 + MAX_NUMBER_LENGTH) + 1];
+    char * end = text;
+    for (std::size_t i = 0; i < pattern.fieldCount; ++i) {
+        DateTimePattern::Field const & field = pattern.fields[i];
+        if (field.before != DateTimePattern::NOTHING) {
+            *end++ = field.before == DateTimePattern::SEPARATOR ? separator : field.before;
+        }
+        end = writeNumber(end, numbers[field.number], field.width);
     }
-    for (int i = WIDTH; i-- > 0; number /= 10) {
-        out[i] = static_cast<char>('0' + number % 10);
-    }
-    return out + WIDTH;
-}
-
-template <DateTimePattern::Field FIELD>
-char * writeField(char * out, DateTimeNumbers const & numbers, char separator) {
-    if constexpr (FIELD.before != DateTimePattern::NOTHING) {
-        *out++ = FIELD.before == DateTimePattern::SEPARATOR ? separator : FIELD.before;
-    }
-    return writeNumber<FIELD.width>(out, numbers[FIELD.number]);
-}
-
-template <DateTimePattern PATTERN, std::size_t... I>
-char * writeFields(char * out, DateTimeNumbers const & numbers, char separator,
-                   std::index_sequence<I...> /*fields*/) {
-    ((out = writeField<PATTERN.fields[I]>(out, numbers, separator)), ...);
-    return out;
-}
-
-template <DateTimePattern PATTERN>
-CString textOf(timeval const & time, char separator = DateTimePattern::NOTHING) {
-    char text[PATTERN.fieldCount * (1 + MAX_NUMBER_LENGTH) + 1];
-    char * const end = writeFields<PATTERN>(text, numbersOf(time), separator,
-                                            std::make_index_sequence<PATTERN.fieldCount>());
     *end = '\0';
     static_assert(sizeof text > MAX_LENGTH);
     text[MAX_LENGTH] = '\0';
     return CString(text);  // up to the first NUL, which may be the separator
+}
+
+constexpr int powerOf10(int exponent) { return exponent == 0 ? 1 : 10 * powerOf10(exponent - 1); }
+
+template <int WIDTH>
+bool fits(int number) {
+    return static_cast<unsigned int>(number) < static_cast<unsigned int>(powerOf10(WIDTH));
+}
+
+/// "00" to "99", one behind the other.
+consteval std::array<char, 200> makeDigitPairs() {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < pairs.size(); i += 2) {
+        pairs[i] = static_cast<char>('0' + i / 20);
+        pairs[i + 1] = static_cast<char>('0' + i / 2 % 10);
+    }
+    return pairs;
+}
+
+constexpr std::array<char, 200> DIGIT_PAIRS = makeDigitPairs();
+
+/// Writes a number that fits its width, with all digits of that.
+template <int WIDTH>
+void writeDigits(char * out, unsigned int number) {
+    if constexpr (WIDTH == 1) {
+        *out = static_cast<char>('0' + number);
+    } else {
+        std::memcpy(out + WIDTH - 2, &DIGIT_PAIRS[number % 100 * 2], 2);
+        if constexpr (WIDTH > 2) {
+            writeDigits<WIDTH - 2>(out, number / 100);
+        }
+    }
+}
+
+template <DateTimePattern::Field FIELD>
+void writeField(char ** out, DateTimeNumbers const & numbers, char separator) {
+    if constexpr (FIELD.before != DateTimePattern::NOTHING) {
+        *(*out)++ = FIELD.before == DateTimePattern::SEPARATOR ? separator : FIELD.before;
+    }
+    writeDigits<FIELD.width>(*out, static_cast<unsigned int>(numbers[FIELD.number]));
+    *out += FIELD.width;
+}
+
+template <DateTimePattern PATTERN, std::size_t... I>
+CString textOf(DateTimeNumbers const & numbers, char separator,
+               std::index_sequence<I...> /*fields*/) {
+    constexpr int LENGTH = static_cast<int>(PATTERN.length);
+    static_assert(LENGTH <= static_cast<int>(MAX_LENGTH));
+    if (!(fits<PATTERN.fields[I].width>(numbers[PATTERN.fields[I].number]) && ...) ||
+        (PATTERN.hasSeparator() && separator == '\0')) {
+        return oddText(PATTERN, numbers, separator);
+    }
+    CString text;
+    char * out = text.GetBuffer(LENGTH);
+    (writeField<PATTERN.fields[I]>(&out, numbers, separator), ...);
+    text.ReleaseBuffer(LENGTH);
+    return text;
+}
+
+template <DateTimePattern PATTERN>
+CString textOf(timeval const & time, char separator = DateTimePattern::NOTHING) {
+    return textOf<PATTERN>(numbersOf(time), separator,
+                           std::make_index_sequence<PATTERN.fieldCount>());
 }
 
 }  // namespace

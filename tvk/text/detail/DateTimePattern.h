@@ -46,6 +46,7 @@ struct DateTimePattern {
         DateTimeNumber number;
         char before;  ///< stands in front of the number, or NOTHING
         int width;
+        std::size_t place;  ///< of the number's first digit
     };
 
     template <std::size_t SIZE>
@@ -57,7 +58,7 @@ struct DateTimePattern {
                 continue;
             }
             Field & field = fields[fieldCount++];
-            field = {numberOf(picture[at]), before, 0};
+            field = {numberOf(picture[at]), before, 0, at};
             before = NOTHING;
             for (char const letter = picture[at]; at < length && picture[at] == letter; ++at) {
                 ++field.width;
@@ -83,6 +84,8 @@ struct DateTimePattern {
     }
 
     constexpr bool hasDate() const { return fields[0].number == DateTimeNumber::YEAR; }
+
+    constexpr bool hasSeparator() const { return fields[1].before == SEPARATOR; }
 
     static constexpr char LETTERS[] = "YMDhmsfu";  ///< in the order of DateTimeNumber
 
