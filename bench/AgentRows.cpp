@@ -91,12 +91,13 @@ void addNoticeRows(Peers const & peers, std::string const & corpus, std::size_t 
     auto const notices = std::make_shared<Lazy<Notices>>(
         [&peers, keyCount] { return noticesOf(keyCount, peers.noticeRouters.front()); });
     for (Peer<NoticeRouter> const & peer : peers.noticeRouters) {
-        addRow("notice/" + corpus + '/' + peer.name, [&, notices](benchmark::State & state) {
-            auto const router = routerOf(peer, notices->get().registrations);
+        addRow("notice/" + corpus, peer.name, [&, notices]() -> TimedWork {
+            std::shared_ptr<NoticeRouter> const router =
+                routerOf(peer, notices->get().registrations);
             std::vector<Topic> const & topics = notices->get().topics;
             requireAgreement(callsOf(*router, topics) == notices->get().calls);
-            timePasses(state, {0, topics.size()},
-                       [&] { benchmark::DoNotOptimize(router->deliverAll(topics)); });
+            return {{0, topics.size()},
+                    [notices, router, &topics] { keep(router->deliverAll(topics)); }};
         });
     }
 }
@@ -111,11 +112,11 @@ std::unique_ptr<EventSource> sourceOf(Peer<EventSource> const & peer, std::uint3
 
 void addFireRows(Peers const & peers, std::string const & corpus, std::uint32_t listeners) {
     for (Peer<EventSource> const & peer : peers.eventSources) {
-        addRow("fire/" + corpus + '/' + peer.name, [&, listeners](benchmark::State & state) {
-            auto const source = sourceOf(peer, listeners);
+        addRow("fire/" + corpus, peer.name, [&, listeners]() -> TimedWork {
+            std::shared_ptr<EventSource> const source = sourceOf(peer, listeners);
             auto const reference = sourceOf(peers.eventSources.front(), listeners);
             requireAgreement(source->fire(1) == reference->fire(1));
-            timePasses(state, {0, EVENTS}, [&] { benchmark::DoNotOptimize(source->fire(EVENTS)); });
+            return {{0, EVENTS}, [source] { keep(source->fire(EVENTS)); }};
         });
     }
 }

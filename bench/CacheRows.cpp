@@ -111,12 +111,12 @@ void fill(Interner & table, std::vector<TextKey> const & keys) {
     }
 }
 
-void addRows(Peers const & peers, std::string const & corpus,
+void addRows(std::string const & group, std::vector<Peer<Interner>> const & interners,
              std::shared_ptr<Lazy<LookUps>> const & lookUps) {
-    for (Peer<Interner> const & peer : peers.interners) {
-        addRow("cache_hit/" + corpus + '/' + peer.name, [&, lookUps](benchmark::State & state) {
+    for (Peer<Interner> const & peer : interners) {
+        addRow(group, peer.name, [&, lookUps]() -> TimedWork {
             std::vector<TextKey> const & order = lookUps->get().order;
-            auto const table = peer.make();
+            std::shared_ptr<Interner> const table = peer.make();
             fill(*table, lookUps->get().keys);
             table->findAll(order);
             requireAgreement(table->findAll(order) == order.size());
@@ -124,8 +124,8 @@ void addRows(Peers const & peers, std::string const & corpus,
             for (TextKey const & key : order) {
                 bytes += key.text.size();
             }
-            timePasses(state, {bytes, order.size()},
-                       [&] { benchmark::DoNotOptimize(table->findAll(order)); });
+            return {{bytes, order.size()},
+                    [lookUps, table, &order] { keep(table->findAll(order)); }};
         });
     }
 }
@@ -135,10 +135,16 @@ void addRows(Peers const & peers, std::string const & corpus,
 void addCacheRows(Peers const & peers) {
     auto const values = std::make_shared<Lazy<Values>>(
         [] { return std::make_shared<StringValues const>(tradingCorpus()); });
-    addRows(peers, "feed_order",
-            std::make_shared<Lazy<LookUps>>([values] { return inOrderOf(values->get()); }));
-    addRows(peers, "spread",
-            std::make_shared<Lazy<LookUps>>([values] { return evenlySpread(values->get()); }));
+    struct Order {
+        char const * name;
+        LookUps (*make)(Values const & values);
+    };
+    for (Order const order : {Order{"feed_order", inOrderOf}, Order{"spread", evenlySpread}}) {
+        auto const lookUps =
+            std::make_shared<Lazy<LookUps>>([values, order] { return order.make(values->get()); });
+        addRows(std::string("cache_hit/") + order.name, peers.interners, lookUps);
+        addRows(std::string("cache_hit_own_hash/") + order.name, peers.hashingInterners, lookUps);
+    }
 }
 
 }  // namespace tvk::bench

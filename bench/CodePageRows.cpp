@@ -26,15 +26,16 @@ void addRows(Peers const & peers, std::string const & group, Conversion conversi
             return convertAll(*peers.codePageConverters.front().make(), conversion, *corpus->get());
         });
     for (Peer<CodePageConverter> const & peer : peers.codePageConverters) {
-        addRow(group + '/' + peer.name, [&, corpus, conversion, wanted](benchmark::State & state) {
+        addRow(group, peer.name, [&, corpus, conversion, wanted]() -> TimedWork {
             Corpus const & texts = *corpus->get();
-            auto const converter = peer.make();
+            std::shared_ptr<CodePageConverter> const converter = peer.make();
             requireAgreement(convertAll(*converter, conversion, texts) == wanted->get());
-            timePasses(state, {texts.bytes(), texts.documents().size()}, [&] {
-                for (std::string_view const text : texts.documents()) {
-                    benchmark::DoNotOptimize(((*converter).*conversion)(text));
-                }
-            });
+            return {{texts.bytes(), texts.documents().size()},
+                    [corpus, &texts, converter, conversion] {
+                        for (std::string_view const text : texts.documents()) {
+                            keep(((*converter).*conversion)(text));
+                        }
+                    }};
         });
     }
 }

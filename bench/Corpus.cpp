@@ -1,11 +1,10 @@
 #include "bench/Corpus.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <utility>
 
 #include "tvk/json/JsonUtil.h"
@@ -14,14 +13,18 @@ namespace tvk::bench {
 
 namespace {
 
+std::vector<std::string> & dataFolders() {
+    static std::vector<std::string> folders = {TVK_BENCH_DATA, TVK_BENCH_EXAMPLE_DATA};
+    return folders;
+}
+
 std::filesystem::path pathOf(char const * file) {
-    for (char const * const folder : {TVK_BENCH_DATA, TVK_BENCH_EXAMPLE_DATA}) {
+    for (std::string const & folder : dataFolders()) {
         if (auto path = std::filesystem::path(folder) / file; std::filesystem::exists(path)) {
             return path;
         }
     }
-    std::fprintf(stderr, "tvk_bench: no %s in %s\n", file, TVK_BENCH_DATA);
-    std::exit(2);
+    throw std::runtime_error(std::string("there is no ") + file + " in the data folder");
 }
 
 std::vector<std::string> linesOf(char const * file) {
@@ -40,7 +43,24 @@ std::vector<std::string> wholeOf(char const * file) {
     return {std::string(std::istreambuf_iterator<char>(input), {})};
 }
 
+Corpus const & twitterCorpus() {
+    static Corpus const TWITTER("twitter", wholeOf("twitter.json"));
+    return TWITTER;
+}
+
+Corpus const & citmCorpus() {
+    static Corpus const CITM("citm_catalog", wholeOf("citm_catalog.json"));
+    return CITM;
+}
+
+Corpus const & canadaCorpus() {
+    static Corpus const CANADA("canada", wholeOf("canada.json"));
+    return CANADA;
+}
+
 }  // namespace
+
+void setDataFolder(std::string folder) { dataFolders() = {std::move(folder)}; }
 
 Corpus::Corpus(std::string name, std::vector<std::string> const & documents)
     : name_(std::move(name)) {
@@ -61,11 +81,12 @@ Corpus const & tradingCorpus() {
     return TRADING;
 }
 
-std::vector<Corpus const *> corpora() {
-    static Corpus const TWITTER("twitter", wholeOf("twitter.json"));
-    static Corpus const CITM("citm_catalog", wholeOf("citm_catalog.json"));
-    static Corpus const CANADA("canada", wholeOf("canada.json"));
-    return {&tradingCorpus(), &TWITTER, &CITM, &CANADA};
+std::vector<CorpusSource> const & corpora() {
+    static std::vector<CorpusSource> const ALL = {{"trading", tradingCorpus},
+                                                  {"twitter", twitterCorpus},
+                                                  {"citm_catalog", citmCorpus},
+                                                  {"canada", canadaCorpus}};
+    return ALL;
 }
 
 void forEachString(Corpus const & corpus,

@@ -30,9 +30,18 @@ private:
     std::size_t longest_ = 0;
 };
 
+/// A corpus that is made when it is first asked for.
+struct CorpusSource {
+    char const * name;
+    Corpus const & (*get)();
+};
+
+/// Where the corpora are, if not in the folders of this project.
+void setDataFolder(std::string folder);
+
 /// The corpora of the data folder: `trading`, one message a line, and the three files that JSON
-/// libraries are usually measured with. Read on first use; a missing file ends the program.
-std::vector<Corpus const *> corpora();
+/// libraries are usually measured with. Getting one throws std::runtime_error if its file is missing.
+std::vector<CorpusSource> const & corpora();
 Corpus const & tradingCorpus();
 
 /// The string values of a corpus in their order, with the hashes that tvk's scanner gives them.

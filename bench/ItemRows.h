@@ -27,15 +27,16 @@ void addItemRows(
     std::function<Result(Result)> comparable = [](Result result) { return result; }) {
     auto const list = std::make_shared<Lazy<ItemList<Item>>>(std::move(makeList));
     for (Peer<ItemWork<Item, Result>> const & peer : peers) {
-        addRow(group + '/' + peer.name, [&, list, comparable](benchmark::State & state) {
+        addRow(group, peer.name, [&, list, comparable]() -> TimedWork {
             std::vector<Item> const & items = list->get().items;
-            auto const work = peer.make();
+            std::shared_ptr<ItemWork<Item, Result>> const work = peer.make();
             auto const reference = peers.front().make();
             for (Item const & item : items) {
                 requireAgreement(comparable(work->resultOf(item)) ==
                                  comparable(reference->resultOf(item)));
             }
-            timePasses(state, {list->get().bytes, items.size()}, [&] { work->runAll(items); });
+            return {{list->get().bytes, items.size()},
+                    [list, work, &items] { work->runAll(items); }};
         });
     }
 }

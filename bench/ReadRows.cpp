@@ -3,6 +3,7 @@
 namespace tvk::bench {
 
 TreeSums treeSums(Reader & reader, Corpus const & corpus) {
+    reader.begin();
     TreeSums sums;
     for (std::string_view const document : corpus.documents()) {
         sums.push_back(reader.sum(document));
@@ -11,27 +12,29 @@ TreeSums treeSums(Reader & reader, Corpus const & corpus) {
 }
 
 std::shared_ptr<Lazy<TreeSums>> wantedTreeSums(std::vector<Peer<Reader>> const & readers,
-                                               Corpus const & corpus) {
+                                               CorpusSource corpus) {
     return std::make_shared<Lazy<TreeSums>>(
-        [&] { return treeSums(*readers.front().make(), corpus); });
+        [&readers, corpus] { return treeSums(*readers.front().make(), corpus.get()); });
 }
 
 void addReadRows(std::string const & work, std::vector<Peer<Reader>> const & readers,
-                 Corpus const & corpus) {
-    auto const wanted = wantedTreeSums(readers, corpus);
+                 CorpusSource source) {
+    auto const wanted = wantedTreeSums(readers, source);
     for (Peer<Reader> const & peer : readers) {
-        if (sitsOut(peer, corpus)) {
+        if (sitsOut(peer, source)) {
             continue;
         }
-        addRow(work + '/' + corpus.name() + '/' + peer.name, [&, wanted](benchmark::State & state) {
-            TreeSums const & sums = wanted->get();
-            auto const reader = peer.make();
-            requireAgreement(treeSums(*reader, corpus) == sums);
-            timePasses(state, {corpus.bytes(), corpus.documents().size()}, [&] {
-                for (std::string_view const document : corpus.documents()) {
-                    reader->read(document);
-                }
-            });
+        addRow(work + '/' + source.name, peer.name, [&, source, wanted]() -> TimedWork {
+            Corpus const & corpus = source.get();
+            std::shared_ptr<Reader> const reader = peer.make();
+            requireAgreement(treeSums(*reader, corpus) == wanted->get());
+            return {{corpus.bytes(), corpus.documents().size()},
+                    [reader, &corpus] {
+                        for (std::string_view const document : corpus.documents()) {
+                            reader->read(document);
+                        }
+                    },
+                    [reader] { reader->begin(); }};
         });
     }
 }

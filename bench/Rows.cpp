@@ -1,37 +1,25 @@
 #include "bench/Rows.h"
 
-#include "tests/support/AllocationCounter.h"
-
 namespace tvk::bench {
 
-void timePasses(benchmark::State & state, PassSize size, std::function<void()> const & pass) {
-    pass();  // fills what is kept from pass to pass
-    test::AllocationCounter allocations;
-    pass();
-    auto const documents = static_cast<double>(size.documents);
-    if (test::AllocationCounter::available()) {
-        state.counters["allocs_per_doc"] = static_cast<double>(allocations.count()) / documents;
-    }
-    for (auto _ : state) {
-        pass();
-    }
-    auto const passes = static_cast<std::int64_t>(state.iterations());
-    if (size.bytes > 0) {
-        state.SetBytesProcessed(passes * static_cast<std::int64_t>(size.bytes));
-    }
-    state.SetItemsProcessed(passes * static_cast<std::int64_t>(size.documents));
+namespace {
+
+std::vector<Row> & rows() {
+    static std::vector<Row> all;
+    return all;
 }
 
-void addRow(std::string const & name, std::function<void(benchmark::State &)> run) {
-    benchmark::RegisterBenchmark(name.c_str(), [run](benchmark::State & state) {
-        try {
-            run(state);
-        } catch (Disagreement const &) {
-            state.SkipWithError("the result differs from that of tvk");
-        } catch (std::exception const & failure) {
-            state.SkipWithError(failure.what());
-        }
-    });
+}  // namespace
+
+std::vector<Row> const & allRows() { return rows(); }
+
+void addRow(std::string const & group, std::string const & peer, std::function<TimedWork()> make) {
+    rows().push_back({group, peer, std::move(make), nullptr});
+}
+
+void addMeasuredRow(std::string const & group, std::string const & peer,
+                    std::function<Figures()> measure) {
+    rows().push_back({group, peer, nullptr, std::move(measure)});
 }
 
 }  // namespace tvk::bench

@@ -1,13 +1,15 @@
 #pragma once
 
-#include <benchmark/benchmark.h>
-
 #include <functional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "bench/Work.h"
 
-/// Registration of the rows. A row's name is `work/corpus/peer`.
+/// Registration of the rows. A group is one work on one corpus, `work/corpus`; a row is what one peer
+/// makes of it, `work/corpus/peer`.
 namespace tvk::bench {
 
 void addJsonRows(Peers const & peers);
@@ -21,6 +23,7 @@ void addSplitRows(Peers const & peers);
 void addCipherRows(Peers const & peers);
 void addAgentRows(Peers const & peers);
 void addXmlRows(Peers const & peers);
+void addMemoryRows(Peers const & peers);
 
 /// What one pass over the documents of a row handles.
 struct PassSize {
@@ -28,11 +31,34 @@ struct PassSize {
     std::size_t documents;
 };
 
-/// Times `pass` over and over. It has run at least once before: that run counts the allocations.
-void timePasses(benchmark::State & state, PassSize size, std::function<void()> const & pass);
+/// A work that agrees with tvk, ready to be timed.
+struct TimedWork {
+    PassSize size;
+    std::function<void()> pass;
+    /// Sets right what the rows that it takes turns with may have changed.
+    std::function<void()> begin = [] {};
+};
 
-/// Registers a row. `run` sets up, compares and calls timePasses; what it throws fails the row.
-void addRow(std::string const & name, std::function<void(benchmark::State &)> run);
+/// What a row that is not timed measures, by name.
+using Figures = std::vector<std::pair<char const *, double>>;
+
+struct Row {
+    std::string group;
+    std::string peer;
+    std::function<TimedWork()> make;
+    std::function<Figures()> measure;  ///< instead of `make`
+
+    std::string name() const { return group + '/' + peer; }
+};
+
+/// In the order of their addition, those of a group together.
+std::vector<Row> const & allRows();
+
+/// Registers a row. `make` sets up and compares; what it throws fails the row.
+void addRow(std::string const & group, std::string const & peer, std::function<TimedWork()> make);
+
+void addMeasuredRow(std::string const & group, std::string const & peer,
+                    std::function<Figures()> measure);
 
 /// Thrown by a row whose result differs from tvk's.
 struct Disagreement {};
@@ -51,7 +77,8 @@ public:
 
     Value const & get() {
         if (make_) {
-            value_ = std::exchange(make_, nullptr)();
+            value_ = make_();
+            make_ = nullptr;
         }
         return value_;
     }

@@ -14,15 +14,13 @@ struct Sample {
 template <class Work>
 void addUtf8Row(Peers const & peers, Peer<Utf8Decoder> const & peer, std::string const & group,
                 Sample sample, Work work) {
-    addRow(group + '/' + sample.name + '/' + peer.name,
-           [&, sample, work](benchmark::State & state) {
-               std::string_view const text = sample.corpus().documents().front();
-               auto const decoder = peer.make();
-               auto const reference = peers.utf8Decoders.front().make();
-               requireAgreement(work(*decoder, text) == work(*reference, text));
-               timePasses(state, {text.size(), 1},
-                          [&] { benchmark::DoNotOptimize(work(*decoder, text)); });
-           });
+    addRow(group + '/' + sample.name, peer.name, [&, sample, work]() -> TimedWork {
+        std::string_view const text = sample.corpus().documents().front();
+        std::shared_ptr<Utf8Decoder> const decoder = peer.make();
+        auto const reference = peers.utf8Decoders.front().make();
+        requireAgreement(work(*decoder, text) == work(*reference, text));
+        return {{text.size(), 1}, [decoder, text, work] { keep(work(*decoder, text)); }};
+    });
 }
 
 }  // namespace

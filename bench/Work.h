@@ -19,6 +19,12 @@
 /// covers a whole document or list, so that the virtual call does not show.
 namespace tvk::bench {
 
+/// Makes a compiler believe that somebody looks at the value.
+template <class Value>
+inline void keep(Value const & value) {
+    asm volatile("" : : "g"(&value) : "memory");
+}
+
 /// The hash that a cache of values wants: the scanner's own. Peers run this loop over their texts.
 inline std::uint32_t hashOf(char const * text, std::size_t length) {
     std::uint32_t hash = 1402737925;
@@ -61,13 +67,11 @@ struct EventSum {
     void null() { add(8); }
 };
 
-/// Bytes to events: every name and string decoded, in one piece; every string value and number
-/// hashed.
+/// Bytes to events: every name and string decoded; with hashes, in one piece, and every string value
+/// and number hashed.
 class Scanner {
 public:
     virtual ~Scanner() = default;
-    /// False: does not hash, so only the counts of its sums are compared.
-    virtual bool hashes() const { return true; }
     virtual void scan(std::string_view document, EventSum & sum) = 0;
 };
 
@@ -89,15 +93,33 @@ public:
 class Reader {
 public:
     virtual ~Reader() = default;
+    /// Called before it is used behind other peers.
+    virtual void begin() {}
     virtual void read(std::string_view document) = 0;
+    /// True: takes a pool for all documents beforehand.
+    virtual bool hasSizedPool() const { return false; }
     /// The sum of the document's tree.
     virtual std::uint64_t sum(std::string_view document) = 0;
+};
+
+/// Messages that are kept.
+class Keeper {
+public:
+    virtual ~Keeper() = default;
+    virtual void reserve(std::size_t messages) = 0;
+    virtual void add(std::string_view document) = 0;
+    /// Gives back what only reading needs. No call of add follows.
+    virtual void endFeed() {}
+    /// The sum of a message's tree.
+    virtual std::uint64_t sum(std::size_t index) = 0;
 };
 
 /// Trees to text.
 class Writer {
 public:
     virtual ~Writer() = default;
+    /// Called before it is used behind other peers.
+    virtual void begin() {}
     /// Builds the trees, which are kept.
     virtual void load(std::vector<std::string_view> const & documents) = 0;
     /// The text of one of them, which holds until the next call.
@@ -248,9 +270,12 @@ struct Peer {
 /// The first of each work is tvk's, which all others must agree with before they are timed.
 struct Peers {
     std::vector<Peer<Scanner>> scanners;
+    std::vector<Peer<Scanner>> plainScanners;  ///< need not hash
     std::vector<Peer<Reader>> readers;
+    std::vector<Peer<Keeper>> keepers;
     std::vector<Peer<Writer>> writers;
     std::vector<Peer<Interner>> interners;
+    std::vector<Peer<Interner>> hashingInterners;  ///< are given no hash; tvk is, by its scanner
     std::vector<Peer<CodePageConverter>> codePageConverters;
     std::vector<Peer<Utf8Decoder>> utf8Decoders;
     std::vector<Peer<Encoder>> base64Encoders;
@@ -269,7 +294,12 @@ struct Peers {
     std::vector<Peer<EventSource>> eventSources;
     std::vector<Peer<Reader>> xmlReaders;  ///< empty where tvk has no XML parser
     std::vector<Peer<XmlPathFinder>> xmlPathFinders;
+    std::vector<std::string> libraries;  ///< names and versions
 };
+
+inline std::string dotted(int major, int minor, int revision) {
+    return std::to_string(major) + '.' + std::to_string(minor) + '.' + std::to_string(revision);
+}
 
 template <class Implementation, class Work>
 void addPeer(std::vector<Peer<Work>> & peers, std::string name, bool japaneseOnly = false) {

@@ -18,8 +18,9 @@ void addXmlRows(Peers const & peers) {
     if (peers.xmlReaders.empty()) {
         return;  // tvk has no parser in this build
     }
-    for (Corpus const & (*const sample)() : {xmlFeed, xmlOrders, xmlReplies}) {
-        addReadRows("read_xml", peers.xmlReaders, sample());
+    for (CorpusSource const sample :
+         {CorpusSource{"feed", xmlFeed}, {"orders", xmlOrders}, {"replies", xmlReplies}}) {
+        addReadRows("read_xml", peers.xmlReaders, sample);
     }
     addPathRows(peers, "first_of_301", "channel/item/title");
     addPathRows(peers, "last_of_301", "channel/item/category");

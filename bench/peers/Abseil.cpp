@@ -1,3 +1,4 @@
+#include <absl/base/config.h>
 #include <absl/container/flat_hash_map.h>
 #include <absl/strings/escaping.h>
 #include <absl/time/civil_time.h>
@@ -92,7 +93,8 @@ void addAbseil(Peers & peers) {
     addFunction<CivilParser>(peers.dateParsers, "abseil_civil");
     addFunction<TimeFormatter>(peers.dateFormatters, "abseil");
     addPeer<FlatMap<GivenHash>>(peers.interners, "abseil_flat_map");
-    addPeer<FlatMap<OwnHash<AbslHash>>>(peers.interners, "abseil_flat_map_own_hash");
+    addPeer<FlatMap<OwnHash<AbslHash>>>(peers.hashingInterners, "abseil_flat_map");
+    peers.libraries.push_back("Abseil " + std::to_string(ABSL_LTS_RELEASE_VERSION));
 }
 
 }  // namespace tvk::bench

@@ -1,4 +1,5 @@
 #include <boost/algorithm/hex.hpp>
+#include <boost/version.hpp>
 
 #include "bench/peers/Peers.h"
 #include "bench/peers/RoomEncoder.h"
@@ -15,6 +16,9 @@ struct BoostHex : HexForm {
 
 }  // namespace
 
-void addBoostHex(Peers & peers) { addRoomEncoder<BoostHex>(peers.hexEncoders, "boost"); }
+void addBoostHex(Peers & peers) {
+    addRoomEncoder<BoostHex>(peers.hexEncoders, "boost");
+    peers.libraries.push_back(std::string("Boost.Algorithm ") + BOOST_LIB_VERSION);
+}
 
 }  // namespace tvk::bench

@@ -1,3 +1,4 @@
+#include <boost/version.hpp>
 #include <string>
 
 #include <boost/json.hpp>
@@ -11,7 +12,9 @@ namespace {
 
 namespace bj = boost::json;
 
-/// Texts come in parts, which are joined in the scratch buffer.
+/// Texts come in parts, which are joined in the scratch buffer. Without a hash nobody looks at them, and they
+/// are left where they are.
+template <bool HASH>
 struct EventHandler {
     static constexpr std::size_t max_object_size = std::size_t(-1);
     static constexpr std::size_t max_array_size = std::size_t(-1);
@@ -24,12 +27,18 @@ struct EventHandler {
     std::size_t length = 0;
 
     void part(bj::string_view text) {
+        if constexpr (!HASH) {
+            length += text.size();
+            return;
+        }
         hash = length == 0 ? copyAndHash(scratch.data(), text.data(), text.size())
                            : copyAndHash(scratch.data() + length, text.data(), text.size(), hash);
         length += text.size();
     }
     std::size_t endOfText() {
-        scratch[length] = '\0';
+        if constexpr (HASH) {
+            scratch[length] = '\0';
+        }
         return std::exchange(length, 0);
     }
 
@@ -40,7 +49,9 @@ struct EventHandler {
     bool on_array_begin(bj::error_code &) { return sum->startArray(), true; }
     bool on_array_end(std::size_t, bj::error_code &) { return sum->endArray(), true; }
     bool on_key_part(bj::string_view text, std::size_t, bj::error_code &) {
-        scratch.replace(length, text.size(), text.data(), text.size());
+        if constexpr (HASH) {
+            scratch.replace(length, text.size(), text.data(), text.size());
+        }
         length += text.size();
         return true;
     }
@@ -71,10 +82,11 @@ struct EventHandler {
     bool on_comment(bj::string_view, bj::error_code &) { return true; }
 };
 
+template <bool HASH>
 class BasicParserScanner : public Scanner {
 public:
     void scan(std::string_view document, EventSum & sum) override {
-        EventHandler & handler = parser_.handler();
+        EventHandler<HASH> & handler = parser_.handler();
         handler.sum = &sum;
         if (handler.scratch.size() <= document.size()) {
             handler.scratch.resize(document.size() + 1);
@@ -85,7 +97,7 @@ public:
     }
 
 private:
-    bj::basic_parser<EventHandler> parser_{bj::parse_options()};
+    bj::basic_parser<EventHandler<HASH>> parser_{bj::parse_options()};
 };
 
 std::uint64_t sumOfValue(bj::value const & value) {
@@ -128,6 +140,7 @@ public:
 /// A parser and a block of memory that are kept from document to document.
 class PoolReader : public Reader {
 public:
+    bool hasSizedPool() const override { return true; }
     void read(std::string_view document) override { parse(document, nullptr); }
     std::uint64_t sum(std::string_view document) override {
         std::uint64_t sum = 0;
@@ -148,6 +161,18 @@ private:
 
     std::vector<unsigned char> block_ = std::vector<unsigned char>(std::size_t(16) << 20);
     bj::parser parser_;
+};
+
+class TreeKeeper : public Keeper {
+public:
+    void reserve(std::size_t messages) override { trees_.reserve(messages); }
+    void add(std::string_view document) override {
+        trees_.push_back(bj::parse({document.data(), document.size()}));
+    }
+    std::uint64_t sum(std::size_t index) override { return sumOfValue(trees_[index]); }
+
+private:
+    std::vector<bj::value> trees_;
 };
 
 class BufferWriter : public Writer {
@@ -176,10 +201,13 @@ private:
 }  // namespace
 
 void addBoostJson(Peers & peers) {
-    addPeer<BasicParserScanner>(peers.scanners, "boost_basic_parser");
+    addPeer<BasicParserScanner<true>>(peers.scanners, "boost_basic_parser");
+    addPeer<BasicParserScanner<false>>(peers.plainScanners, "boost_basic_parser");
     addPeer<PoolReader>(peers.readers, "boost_json_pool");
     addPeer<DefaultReader>(peers.readers, "boost_json");
+    addPeer<TreeKeeper>(peers.keepers, "boost_json");
     addPeer<BufferWriter>(peers.writers, "boost_json");
+    peers.libraries.push_back(std::string("Boost.JSON ") + BOOST_LIB_VERSION);
 }
 
 }  // namespace tvk::bench

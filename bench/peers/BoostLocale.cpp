@@ -1,4 +1,5 @@
 #include <boost/locale/utf.hpp>
+#include <boost/version.hpp>
 
 #include "bench/peers/Peers.h"
 
@@ -23,6 +24,9 @@ public:
 
 }  // namespace
 
-void addBoostLocale(Peers & peers) { addPeer<LocaleDecoder>(peers.utf8Decoders, "boost_locale"); }
+void addBoostLocale(Peers & peers) {
+    addPeer<LocaleDecoder>(peers.utf8Decoders, "boost_locale");
+    peers.libraries.push_back(std::string("Boost.Locale ") + BOOST_LIB_VERSION);
+}
 
 }  // namespace tvk::bench

@@ -2,6 +2,7 @@
 #include <boost/url/grammar/alnum_chars.hpp>
 #include <boost/url/grammar/lut_chars.hpp>
 #include <boost/url/pct_string_view.hpp>
+#include <boost/version.hpp>
 
 #include "bench/peers/EachItem.h"
 #include "bench/peers/Peers.h"
@@ -65,6 +66,7 @@ void addBoostUrl(Peers & peers) {
     addFunction<StringEncoder>(peers.percentEncoders, "boost_url_string");
     addFunction<DecoderIntoRoom>(peers.percentDecoders, "boost_url");
     addFunction<StringDecoder>(peers.percentDecoders, "boost_url_string");
+    peers.libraries.push_back(std::string("Boost.URL ") + BOOST_LIB_VERSION);
 }
 
 }  // namespace tvk::bench

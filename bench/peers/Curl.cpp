@@ -49,6 +49,7 @@ struct CurlDecoder {
 void addCurl(Peers & peers) {
     addFunction<CurlEncoder>(peers.percentEncoders, "curl_string");
     addFunction<CurlDecoder>(peers.percentDecoders, "curl_string");
+    peers.libraries.push_back("libcurl " LIBCURL_VERSION);
 }
 
 }  // namespace tvk::bench

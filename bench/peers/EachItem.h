@@ -1,7 +1,5 @@
 #pragma once
 
-#include <benchmark/benchmark.h>
-
 #include <type_traits>
 
 #include "bench/Work.h"
@@ -23,7 +21,7 @@ public:
     }
     void runAll(std::span<Item const> items) override {
         for (Item const & item : items) {
-            benchmark::DoNotOptimize(function_(item));
+            keep(function_(item));
         }
     }
 

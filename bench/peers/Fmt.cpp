@@ -50,6 +50,8 @@ struct Compiled {
 void addFmt(Peers & peers) {
     addFunction<FmtFormatter<Plain>>(peers.dateFormatters, "localtime_fmt");
     addFunction<FmtFormatter<Compiled>>(peers.dateFormatters, "localtime_fmt_compiled");
+    peers.libraries.push_back(
+        "{fmt} " + dotted(FMT_VERSION / 10000, FMT_VERSION / 100 % 100, FMT_VERSION % 100));
 }
 
 }  // namespace tvk::bench

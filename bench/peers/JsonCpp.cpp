@@ -63,6 +63,21 @@ private:
     std::unique_ptr<Json::CharReader> reader_{Json::CharReaderBuilder().newCharReader()};
 };
 
+class TreeKeeper : public Keeper {
+public:
+    void reserve(std::size_t messages) override { trees_.reserve(messages); }
+    void add(std::string_view document) override {
+        reader_->parse(document.data(), document.data() + document.size(), &trees_.emplace_back(),
+                       nullptr);
+    }
+    void endFeed() override { reader_.reset(); }
+    std::uint64_t sum(std::size_t index) override { return sumOfValue(trees_[index]); }
+
+private:
+    std::unique_ptr<Json::CharReader> reader_{Json::CharReaderBuilder().newCharReader()};
+    std::vector<Json::Value> trees_;
+};
+
 class TreeWriter : public Writer {
 public:
     TreeWriter() {
@@ -95,7 +110,9 @@ private:
 
 void addJsonCpp(Peers & peers) {
     addPeer<TreeReader>(peers.readers, "jsoncpp");
+    addPeer<TreeKeeper>(peers.keepers, "jsoncpp");
     addPeer<TreeWriter>(peers.writers, "jsoncpp");
+    peers.libraries.push_back("JsonCpp " JSONCPP_VERSION_STRING);
 }
 
 }  // namespace tvk::bench

@@ -55,6 +55,7 @@ void addLibTomCrypt(Peers & peers) {
     addBlockCipher<LibTomCrypt>(peers, "libtomcrypt");
     addChain<LibTomCrypt>(peers, "libtomcrypt");
     addKeys<LibTomCrypt>(peers, "libtomcrypt");
+    peers.libraries.push_back("LibTomCrypt " SCRYPT);
 }
 
 }  // namespace tvk::bench

@@ -1,4 +1,5 @@
 #include <mbedtls/aes.h>
+#include <mbedtls/version.h>
 
 #include "bench/peers/AesLibrary.h"
 #include "bench/peers/Peers.h"
@@ -48,6 +49,7 @@ void addMbedTls(Peers & peers) {
     addChain<MbedTls>(peers, "mbedtls_hardware");
     addKeys<MbedTls>(peers, "mbedtls_hardware");
     addBlockCipher<MbedTlsTables>(peers, "mbedtls_tables");
+    peers.libraries.push_back("Mbed TLS " MBEDTLS_VERSION_STRING);
 }
 
 }  // namespace tvk::bench

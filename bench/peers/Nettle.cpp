@@ -1,5 +1,6 @@
 #include <nettle/base16.h>
 #include <nettle/base64.h>
+#include <nettle/version.h>
 
 #include "bench/peers/Peers.h"
 #include "bench/peers/RoomEncoder.h"
@@ -25,6 +26,8 @@ struct NettleHex : HexForm {
 void addNettle(Peers & peers) {
     addRoomEncoder<NettleBase64>(peers.base64Encoders, "nettle");
     addRoomEncoder<NettleHex>(peers.hexEncoders, "nettle");
+    peers.libraries.push_back("nettle " + std::to_string(NETTLE_VERSION_MAJOR) + '.' +
+                              std::to_string(NETTLE_VERSION_MINOR));
 }
 
 }  // namespace tvk::bench

@@ -27,6 +27,7 @@ struct OpenSslHex : HexForm {
 void addOpenSsl(Peers & peers) {
     addRoomEncoder<OpenSslBase64>(peers.base64Encoders, "openssl");
     addRoomEncoder<OpenSslHex>(peers.hexEncoders, "openssl");
+    peers.libraries.push_back(OpenSSL_version(OPENSSL_VERSION));
 }
 
 }  // namespace tvk::bench

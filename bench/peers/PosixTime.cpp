@@ -1,3 +1,4 @@
+#include <gnu/libc-version.h>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -64,6 +65,7 @@ void addPosixTime(Peers & peers) {
     addFunction<ScanfParser>(peers.dateParsers, "sscanf_mktime");
     addFunction<StrptimeParser>(peers.dateParsers, "strptime_mktime");
     addFunction<PrintfFormatter>(peers.dateFormatters, "localtime_snprintf");
+    peers.libraries.push_back(std::string("glibc ") + gnu_get_libc_version());
 }
 
 }  // namespace tvk::bench

@@ -46,7 +46,7 @@ public:
     void read(std::string_view document) override {
         pugi::xml_document tree;
         tree.load_buffer(document.data(), document.size(), OPTIONS, pugi::encoding_utf8);
-        benchmark::DoNotOptimize(tree);
+        keep(tree);
     }
     std::uint64_t sum(std::string_view document) override {
         pugi::xml_document tree;
@@ -65,7 +65,7 @@ public:
     std::string resultOf(XmlPathTask const & task) override { return textOf(find(task)); }
     void runAll(std::span<XmlPathTask const> tasks) override {
         for (XmlPathTask const & task : tasks) {
-            benchmark::DoNotOptimize(find(task));
+            keep(find(task));
         }
     }
 
@@ -82,6 +82,9 @@ private:
 void addPugiXml(Peers & peers) {
     addPeer<PugiReader>(peers.xmlReaders, "pugixml");
     addPeer<PugiPath>(peers.xmlPathFinders, "pugixml");
+    peers.libraries.push_back("pugixml " + dotted(PUGIXML_VERSION / 1000,
+                                                  PUGIXML_VERSION / 10 % 100,
+                                                  PUGIXML_VERSION % 10));
 }
 
 }  // namespace tvk::bench

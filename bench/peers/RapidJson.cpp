@@ -39,10 +39,11 @@ struct EventHandler : rj::BaseReaderHandler<rj::UTF8<>, EventHandler<HASH>> {
     bool Null() { return sum.null(), true; }
 };
 
+template <bool HASH>
 class ReaderScanner : public Scanner {
 public:
     void scan(std::string_view document, EventSum & sum) override {
-        EventHandler<true> handler(sum);
+        EventHandler<HASH> handler(sum);
         rj::StringStream stream(document.data());
         reader_.Parse<rj::kParseNumbersAsStringsFlag | rj::kParseStopWhenDoneFlag>(stream, handler);
     }
@@ -71,7 +72,6 @@ private:
 template <bool HASH>
 class InPlaceScanner : public Scanner {
 public:
-    bool hashes() const override { return HASH; }
     void scan(std::string_view document, EventSum & sum) override {
         EventHandler<HASH> handler(sum);
         rj::InsituStringStream stream(scratch_.copyOf(document));
@@ -132,6 +132,7 @@ using PoolDocument = rj::GenericDocument<rj::UTF8<>, Pool, Pool>;
 template <bool IN_PLACE>
 class ReusedPoolReader : public Reader {
 public:
+    bool hasSizedPool() const override { return true; }
     void read(std::string_view document) override {
         {
             PoolDocument tree(&values_, STACK_CAPACITY, &stack_);
@@ -173,6 +174,35 @@ private:
     Scratch scratch_;
 };
 
+/// A pool a message, as a Document has it by itself.
+class DocumentKeeper : public Keeper {
+public:
+    void reserve(std::size_t messages) override { trees_.reserve(messages); }
+    void add(std::string_view document) override {
+        trees_.emplace_back().Parse(document.data(), document.size());
+    }
+    std::uint64_t sum(std::size_t index) override { return sumOfValue(trees_[index]); }
+
+private:
+    std::vector<rj::Document> trees_;
+};
+
+/// One pool for all, which gives nothing back before its end.
+class SharedPoolKeeper : public Keeper {
+public:
+    void reserve(std::size_t messages) override { trees_.reserve(messages); }
+    void add(std::string_view document) override {
+        rj::Document tree(&pool_);
+        tree.Parse(document.data(), document.size());
+        trees_.emplace_back() = static_cast<rj::Value &>(tree);  // moves it
+    }
+    std::uint64_t sum(std::size_t index) override { return sumOfValue(trees_[index]); }
+
+private:
+    Pool pool_;
+    std::vector<rj::Value> trees_;
+};
+
 class BufferWriter : public Writer {
 public:
     void load(std::vector<std::string_view> const & documents) override {
@@ -197,12 +227,16 @@ private:
 
 void addRapidJson(Peers & peers) {
     addPeer<InPlaceScanner<true>>(peers.scanners, "rapidjson_insitu");
-    addPeer<ReaderScanner>(peers.scanners, "rapidjson");
-    addPeer<InPlaceScanner<false>>(peers.scanners, "rapidjson_insitu_nohash");
+    addPeer<ReaderScanner<true>>(peers.scanners, "rapidjson");
+    addPeer<InPlaceScanner<false>>(peers.plainScanners, "rapidjson_insitu");
+    addPeer<ReaderScanner<false>>(peers.plainScanners, "rapidjson");
     addPeer<ReusedPoolReader<false>>(peers.readers, "rapidjson_pool");
     addPeer<ReusedPoolReader<true>>(peers.readers, "rapidjson_insitu_pool");
     addPeer<FreshPoolReader>(peers.readers, "rapidjson");
+    addPeer<DocumentKeeper>(peers.keepers, "rapidjson");
+    addPeer<SharedPoolKeeper>(peers.keepers, "rapidjson_pool");
     addPeer<BufferWriter>(peers.writers, "rapidjson");
+    peers.libraries.push_back("RapidJSON " RAPIDJSON_VERSION_STRING);
 }
 
 }  // namespace tvk::bench

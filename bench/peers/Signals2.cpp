@@ -1,4 +1,5 @@
 #include <boost/signals2.hpp>
+#include <boost/version.hpp>
 #include <unordered_map>
 
 #include "bench/peers/Peers.h"
@@ -84,6 +85,7 @@ void addSignals2(Peers & peers) {
     addPeer<SignalRouter<UnlockedSignal>>(peers.noticeRouters, "signals2_unlocked");
     addPeer<SignalSource<LockedSignal>>(peers.eventSources, "signals2");
     addPeer<SignalSource<UnlockedSignal>>(peers.eventSources, "signals2_unlocked");
+    peers.libraries.push_back(std::string("Boost.Signals2 ") + BOOST_LIB_VERSION);
 }
 
 }  // namespace tvk::bench

@@ -19,7 +19,12 @@ std::string_view trimmed(std::string_view token) {
     return token;
 }
 
-template <class Value>
+template <bool HASH>
+std::uint32_t hash(std::string_view text) {
+    return HASH ? hashOf(text.data(), text.size()) : 0;
+}
+
+template <bool HASH, class Value>
 void walk(Value && value, EventSum & sum) {
     switch (value.type().value()) {
         case od::json_type::object:
@@ -27,25 +32,25 @@ void walk(Value && value, EventSum & sum) {
             for (auto field : value.get_object()) {
                 std::string_view const name = field.unescaped_key();
                 sum.name(name.size());
-                walk(field.value().value(), sum);
+                walk<HASH>(field.value().value(), sum);
             }
             sum.endObject();
             break;
         case od::json_type::array:
             sum.startArray();
             for (auto element : value.get_array()) {
-                walk(element.value(), sum);
+                walk<HASH>(element.value(), sum);
             }
             sum.endArray();
             break;
         case od::json_type::string: {
             std::string_view const text = value.get_string();
-            sum.string(hashOf(text.data(), text.size()), text.size());
+            sum.string(hash<HASH>(text), text.size());
             break;
         }
         case od::json_type::number: {
             std::string_view const text = trimmed(value.raw_json_token());
-            sum.number(hashOf(text.data(), text.size()), text.size());
+            sum.number(hash<HASH>(text), text.size());
             break;
         }
         case od::json_type::boolean:
@@ -57,12 +62,13 @@ void walk(Value && value, EventSum & sum) {
     }
 }
 
+template <bool HASH>
 class OnDemandScanner : public Scanner {
 public:
     void scan(std::string_view document, EventSum & sum) override {
         od::document tree =
             parser_.iterate(document.data(), document.size(), document.size() + Corpus::PADDING);
-        walk(tree, sum);
+        walk<HASH>(tree, sum);
     }
 
 private:
@@ -115,6 +121,25 @@ private:
     dom::parser parser_;
 };
 
+/// A parser a message: a parser keeps one document.
+class DomKeeper : public Keeper {
+public:
+    void reserve(std::size_t messages) override { parsers_.reserve(messages); }
+    void add(std::string_view document) override {
+        parsers_.push_back(std::make_unique<dom::parser>());
+        if (parsers_.back()->parse(document.data(), document.size(), false).error() !=
+            simdjson::SUCCESS) {
+            throw "simdjson refuses the document";
+        }
+    }
+    std::uint64_t sum(std::size_t index) override {
+        return sumOfValue(parsers_[index]->doc.root());
+    }
+
+private:
+    std::vector<std::unique_ptr<dom::parser>> parsers_;
+};
+
 class DomWriter : public Writer {
 public:
     void load(std::vector<std::string_view> const & documents) override {
@@ -138,9 +163,14 @@ private:
 }  // namespace
 
 void addSimdjson(Peers & peers) {
-    addPeer<OnDemandScanner>(peers.scanners, "simdjson_ondemand");
+    addPeer<OnDemandScanner<true>>(peers.scanners, "simdjson_ondemand");
+    addPeer<OnDemandScanner<false>>(peers.plainScanners, "simdjson_ondemand");
     addPeer<DomReader>(peers.readers, "simdjson_dom");
+    addPeer<DomKeeper>(peers.keepers, "simdjson_dom");
     addPeer<DomWriter>(peers.writers, "simdjson_dom");
+    peers.libraries.push_back("simdjson " + dotted(simdjson::SIMDJSON_VERSION_MAJOR,
+                                                   simdjson::SIMDJSON_VERSION_MINOR,
+                                                   simdjson::SIMDJSON_VERSION_REVISION));
 }
 
 }  // namespace tvk::bench

@@ -14,8 +14,7 @@ using StdMap = MapInterner<std::unordered_map<TextKey, ValuePtr, Hash, SameText>
 
 void addStdUnorderedMap(Peers & peers) {
     addPeer<StdMap<GivenHash>>(peers.interners, "unordered_map");
-    addPeer<StdMap<OwnHash<std::hash<std::string_view>>>>(peers.interners,
-                                                          "unordered_map_own_hash");
+    addPeer<StdMap<OwnHash<std::hash<std::string_view>>>>(peers.hashingInterners, "unordered_map");
 }
 
 }  // namespace tvk::bench

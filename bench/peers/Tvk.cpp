@@ -82,8 +82,7 @@ std::uint64_t sumOfValue(FieldValue const & value) {
 template <unsigned int CODE_PAGE>
 class TvkReader : public Reader {
 public:
-    TvkReader() { platform::setAnsiCodePage(CODE_PAGE); }
-
+    void begin() override { platform::setAnsiCodePage(CODE_PAGE); }
     void read(std::string_view document) override { parse(document); }
     std::uint64_t sum(std::string_view document) override { return sumOfRecord(*parse(document)); }
 
@@ -96,11 +95,33 @@ private:
     JsonMessageParser parser_{&cache_};
 };
 
+/// Values that messages share count for the messages as long as one holds them.
+class TvkKeeper : public Keeper {
+public:
+    TvkKeeper() { platform::setAnsiCodePage(UTF8_CODE_PAGE); }
+
+    void reserve(std::size_t messages) override { messages_.reserve(messages); }
+    void add(std::string_view document) override {
+        messages_.push_back(
+            parser_->parseJsonMessage(document.data(), sizeOf(document), 0, nullptr));
+    }
+    void endFeed() override {
+        parser_.reset();
+        cache_.reset();
+    }
+    std::uint64_t sum(std::size_t index) override { return sumOfRecord(*messages_[index]); }
+
+private:
+    std::unique_ptr<SimpleObjectCache> cache_ =
+        std::make_unique<SimpleObjectCache>(SimpleObjectCache::defaultRawDataConverter());
+    std::unique_ptr<JsonMessageParser> parser_ = std::make_unique<JsonMessageParser>(cache_.get());
+    std::vector<RefCountedPtr<KestrinMessage>> messages_;
+};
+
 template <unsigned int CODE_PAGE>
 class TvkWriter : public Writer {
 public:
-    TvkWriter() { platform::setAnsiCodePage(CODE_PAGE); }
-
+    void begin() override { platform::setAnsiCodePage(CODE_PAGE); }
     void load(std::vector<std::string_view> const & documents) override {
         SimpleObjectCache cache(SimpleObjectCache::defaultRawDataConverter());
         JsonMessageParser parser(&cache);
@@ -241,11 +262,14 @@ struct TvkSplitter {
 
 void addTvk(Peers & peers) {
     addPeer<TvkScanner>(peers.scanners, "tvk");
+    addPeer<TvkScanner>(peers.plainScanners, "tvk");
     addPeer<TvkReader<UTF8_CODE_PAGE>>(peers.readers, "tvk");
     addPeer<TvkReader<JAPANESE_CODE_PAGE>>(peers.readers, "tvk_932", true);
+    addPeer<TvkKeeper>(peers.keepers, "tvk");
     addPeer<TvkWriter<UTF8_CODE_PAGE>>(peers.writers, "tvk");
     addPeer<TvkWriter<JAPANESE_CODE_PAGE>>(peers.writers, "tvk_932", true);
     addPeer<TvkCache>(peers.interners, "tvk");
+    addPeer<TvkCache>(peers.hashingInterners, "tvk");
     addPeer<TvkCodePageIntoRoom>(peers.codePageConverters, "tvk");
     addPeer<TvkCodePage>(peers.codePageConverters, "tvk_CString");
     addPeer<TvkUtf8>(peers.utf8Decoders, "tvk");

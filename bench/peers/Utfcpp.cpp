@@ -25,6 +25,9 @@ public:
 
 }  // namespace
 
-void addUtfcpp(Peers & peers) { addPeer<CheckedDecoder>(peers.utf8Decoders, "utfcpp"); }
+void addUtfcpp(Peers & peers) {
+    addPeer<CheckedDecoder>(peers.utf8Decoders, "utfcpp");
+    peers.libraries.push_back("utfcpp");
+}
 
 }  // namespace tvk::bench
