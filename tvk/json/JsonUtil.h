@@ -4,6 +4,7 @@
 #include "tvk/json/SimpleJsonHandler.h"
 #include "tvk/platform/CString.h"
 #include "tvk/platform/Export.h"
+#include "tvk/text/detail/ShortUtf8.h"
 
 namespace tvk {
 
@@ -86,7 +87,7 @@ public:
     ///
     /// Deliberate: U+20000 and above take 5 bytes (6 from 0x4000000 on). The scanner's escapes give
     /// the same bytes, and the decoders here read them back.
-    static int utf8Encode(char * buffer, unsigned int bufferSize, int codePoint);
+    TVK_API_INLINE static int utf8Encode(char * buffer, unsigned int bufferSize, int codePoint);
     /// ((high - 0xD7F7) << 10) + low, unchecked.
     static int surrogatesPairToCodePoint(int high, int low);
     /// Unchecked: below U+10000 the results are no surrogates.
@@ -96,12 +97,12 @@ public:
     /// Decodes the sequence of up to 6 bytes at `position` and stores its length in `*byteCount`;
     /// no overlong form and no surrogate is refused. At the end of the data it returns 0 and leaves
     /// `*byteCount` alone. Throws XParsingError on a bad lead, a cut sequence or a bad trail byte.
-    static int nextUtf8Char(char const * data, unsigned int length, unsigned int position,
-                            unsigned int * byteCount);
+    TVK_API_INLINE static int nextUtf8Char(char const * data, unsigned int length,
+                                           unsigned int position, unsigned int * byteCount);
     /// The same without most tests, for text known to be complete and valid.
     /// Requires: `position` inside the data; sequences of 2 to 4 bytes complete.
-    static int nextUtf8Char4(char const * data, unsigned int length, unsigned int position,
-                             unsigned int * byteCount);
+    TVK_API_INLINE static int nextUtf8Char4(char const * data, unsigned int length,
+                                            unsigned int position, unsigned int * byteCount);
 
 private:
     static int fastNextUtf8Char(char const * data, unsigned int length, unsigned int position,
@@ -109,5 +110,21 @@ private:
     static int fastNextUtf8Char4(char const * data, unsigned int length, unsigned int position,
                                  unsigned int * byteCount, char * bytes);
 };
+
+inline int JsonUtil::utf8Encode(char * buffer, unsigned int bufferSize, int codePoint) {
+    return detail::encodeUtf8(buffer, bufferSize, codePoint);
+}
+
+inline int JsonUtil::nextUtf8Char(char const * data, unsigned int length, unsigned int position,
+                                  unsigned int * byteCount) {
+    return detail::nextUtf8(detail::shortUtf8(data, length, position), byteCount, fastNextUtf8Char,
+                            data, length, position);
+}
+
+inline int JsonUtil::nextUtf8Char4(char const * data, unsigned int length, unsigned int position,
+                                   unsigned int * byteCount) {
+    return detail::nextUtf8(detail::trustedShortUtf8(data, position), byteCount, fastNextUtf8Char4,
+                            data, length, position);
+}
 
 }  // namespace tvk

@@ -7,11 +7,12 @@ namespace {
 
 using Codec = detail::Utf8Codec<JsonUtil::XParsingError>;
 
-}  // namespace
+// The symbols of the inline members come to be here.
+[[gnu::used]] detail::Utf8Encoder const ENCODER = JsonUtil::utf8Encode;
+[[gnu::used]] detail::Utf8Decoder const DECODERS[] = {JsonUtil::nextUtf8Char,
+                                                      JsonUtil::nextUtf8Char4};
 
-int JsonUtil::utf8Encode(char * buffer, unsigned int bufferSize, int codePoint) {
-    return Codec::encode(buffer, bufferSize, codePoint);
-}
+}  // namespace
 
 int JsonUtil::surrogatesPairToCodePoint(int high, int low) {
     return Codec::surrogatesPairToCodePoint(high, low);
@@ -24,16 +25,6 @@ void JsonUtil::codePointToSurrogatesPair(int codePoint, int * high, int * low) {
 bool JsonUtil::isHighSurrogate(int value) { return Codec::isHighSurrogate(value); }
 
 bool JsonUtil::isLowSurrogate(int value) { return Codec::isLowSurrogate(value); }
-
-int JsonUtil::nextUtf8Char(char const * data, unsigned int length, unsigned int position,
-                           unsigned int * byteCount) {
-    return Codec::next(data, length, position, byteCount);
-}
-
-int JsonUtil::nextUtf8Char4(char const * data, unsigned int length, unsigned int position,
-                            unsigned int * byteCount) {
-    return Codec::next4(data, length, position, byteCount);
-}
 
 int JsonUtil::fastNextUtf8Char(char const * data, unsigned int length, unsigned int position,
                                unsigned int * byteCount, char * bytes) {

@@ -17,3 +17,11 @@
 #else
 #define TVK_API TVK_IMPORT
 #endif
+
+/// Marks an inline member of an exported class of which the library keeps a symbol, for programs that
+/// were built when it was none. Windows has that from the mark of the class.
+#if defined(_WIN32)
+#define TVK_API_INLINE
+#else
+#define TVK_API_INLINE TVK_API
+#endif

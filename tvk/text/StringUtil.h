@@ -6,6 +6,7 @@
 #include "tvk/errors/ErrorInfo.h"
 #include "tvk/platform/CString.h"
 #include "tvk/platform/Export.h"
+#include "tvk/text/detail/ShortUtf8.h"
 
 namespace tvk {
 
@@ -108,15 +109,15 @@ public:
                               CString text, unsigned char padChar, int length, ErrorInfo * error);
 
     // The members of the same names in JsonUtil, with an error class of their own.
-    static int utf8Encode(char * buffer, unsigned int bufferSize, int codePoint);
+    TVK_API_INLINE static int utf8Encode(char * buffer, unsigned int bufferSize, int codePoint);
     static int surrogatesPairToCodePoint(int high, int low);
     static void codePointToSurrogatesPair(int codePoint, int * high, int * low);
     static bool isHighSurrogate(int value);
     static bool isLowSurrogate(int value);
-    static int nextUtf8Char(char const * data, unsigned int length, unsigned int position,
-                            unsigned int * byteCount);
-    static int nextUtf8Char4(char const * data, unsigned int length, unsigned int position,
-                             unsigned int * byteCount);
+    TVK_API_INLINE static int nextUtf8Char(char const * data, unsigned int length,
+                                           unsigned int position, unsigned int * byteCount);
+    TVK_API_INLINE static int nextUtf8Char4(char const * data, unsigned int length,
+                                            unsigned int position, unsigned int * byteCount);
 
     /// Characters in `data`, by their lead bytes alone. `*consumed`, when not null, receives where
     /// counting stopped. Throws XParsingError on a bad lead or a cut sequence.
@@ -128,8 +129,8 @@ public:
     /// ERR_InvalidDataOfEncoding and a text, and must not be null.
     ///
     /// Deliberate: a stray trail byte passes as the lead of 2 bytes, as back ends have sent such.
-    static int nextUtf8Char(char const * data, unsigned int length, unsigned int * codePoint,
-                            ErrorInfo * error);
+    TVK_API_INLINE static int nextUtf8Char(char const * data, unsigned int length,
+                                           unsigned int * codePoint, ErrorInfo * error);
     /// The same at the start of a terminated text.
     static int nextUtf8Char(char const * text, unsigned int * codePoint, ErrorInfo * error);
 
@@ -167,6 +168,36 @@ private:
                                 unsigned int * byteCount, char * bytes);
     static int fastNextUtf8Char4(char const * data, unsigned int length, unsigned int position,
                                  unsigned int * byteCount, char * bytes);
+    static int reportingNextUtf8Char(char const * data, unsigned int length,
+                                     unsigned int * codePoint, ErrorInfo * error);
 };
+
+inline int StringUtil::utf8Encode(char * buffer, unsigned int bufferSize, int codePoint) {
+    return detail::encodeUtf8(buffer, bufferSize, codePoint);
+}
+
+inline int StringUtil::nextUtf8Char(char const * data, unsigned int length, unsigned int position,
+                                    unsigned int * byteCount) {
+    return detail::nextUtf8(detail::shortUtf8(data, length, position), byteCount, fastNextUtf8Char,
+                            data, length, position);
+}
+
+inline int StringUtil::nextUtf8Char4(char const * data, unsigned int length, unsigned int position,
+                                     unsigned int * byteCount) {
+    return detail::nextUtf8(detail::trustedShortUtf8(data, position), byteCount, fastNextUtf8Char4,
+                            data, length, position);
+}
+
+inline int StringUtil::nextUtf8Char(char const * data, unsigned int length,
+                                    unsigned int * codePoint, ErrorInfo * error) {
+    detail::Utf8Sequence const character = detail::shortUtf8(data, length, 0);
+    if (character.size == 0) {
+        return reportingNextUtf8Char(data, length, codePoint, error);
+    }
+    if (codePoint != nullptr) {
+        *codePoint = static_cast<unsigned int>(character.codePoint);
+    }
+    return static_cast<int>(character.size);
+}
 
 }  // namespace tvk

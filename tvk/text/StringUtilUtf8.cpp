@@ -11,6 +11,13 @@ namespace {
 
 using Codec = detail::Utf8Codec<StringUtil::XParsingError>;
 
+// The symbols of the inline members come to be here.
+[[gnu::used]] detail::Utf8Encoder const ENCODER = StringUtil::utf8Encode;
+[[gnu::used]] detail::Utf8Decoder const DECODERS[] = {StringUtil::nextUtf8Char,
+                                                      StringUtil::nextUtf8Char4};
+[[gnu::used]] int (*const REPORTING_DECODER)(char const *, unsigned int, unsigned int *,
+                                             ErrorInfo *) = StringUtil::nextUtf8Char;
+
 bool isTrail(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
 unsigned int bitsOf(char byte, unsigned int mask) {
@@ -32,10 +39,6 @@ void store(unsigned int * codePoint, unsigned int value) {
 
 }  // namespace
 
-int StringUtil::utf8Encode(char * buffer, unsigned int bufferSize, int codePoint) {
-    return Codec::encode(buffer, bufferSize, codePoint);
-}
-
 int StringUtil::surrogatesPairToCodePoint(int high, int low) {
     return Codec::surrogatesPairToCodePoint(high, low);
 }
@@ -47,16 +50,6 @@ void StringUtil::codePointToSurrogatesPair(int codePoint, int * high, int * low)
 bool StringUtil::isHighSurrogate(int value) { return Codec::isHighSurrogate(value); }
 
 bool StringUtil::isLowSurrogate(int value) { return Codec::isLowSurrogate(value); }
-
-int StringUtil::nextUtf8Char(char const * data, unsigned int length, unsigned int position,
-                             unsigned int * byteCount) {
-    return Codec::next(data, length, position, byteCount);
-}
-
-int StringUtil::nextUtf8Char4(char const * data, unsigned int length, unsigned int position,
-                              unsigned int * byteCount) {
-    return Codec::next4(data, length, position, byteCount);
-}
 
 int StringUtil::fastNextUtf8Char(char const * data, unsigned int length, unsigned int position,
                                  unsigned int * byteCount, char * bytes) {
@@ -73,8 +66,8 @@ unsigned int StringUtil::countUtf8Char(char const * data, unsigned int length,
     return Codec::count(data, length, consumed);
 }
 
-int StringUtil::nextUtf8Char(char const * data, unsigned int length, unsigned int * codePoint,
-                             ErrorInfo * error) {
+int StringUtil::reportingNextUtf8Char(char const * data, unsigned int length,
+                                      unsigned int * codePoint, ErrorInfo * error) {
     if (length == 0) {
         return 0;
     }

@@ -4,6 +4,7 @@
 
 #include "tvk/platform/CString.h"
 #include "tvk/platform/Format.h"
+#include "tvk/text/detail/ShortUtf8.h"
 #include "tvk/text/detail/Utf8Count.h"
 
 namespace tvk::detail {
@@ -17,13 +18,8 @@ namespace tvk::detail {
 template <class Error>
 class Utf8Codec {
 public:
-    /// A decoded character; a `size` of 0 is the end of the data.
-    struct Sequence {
-        int codePoint;
-        unsigned int size;
-    };
-
-    static int encode(char * buffer, unsigned int bufferSize, int codePoint);
+    /// A `size` of 0 is the end of the data.
+    using Sequence = Utf8Sequence;
 
     static int surrogatesPairToCodePoint(int high, int low);
     static void codePointToSurrogatesPair(int codePoint, int * high, int * low);
@@ -39,11 +35,7 @@ public:
     /// The two above with results in places. At the end of the data the checking one returns 0 and
     /// stores nothing. `bytes` receives the sequence as it stands, without a NUL.
     static int next(char const * data, unsigned int length, unsigned int position,
-                    unsigned int * byteCount);
-    static int next(char const * data, unsigned int length, unsigned int position,
                     unsigned int * byteCount, char * bytes);
-    static int next4(char const * data, unsigned int length, unsigned int position,
-                     unsigned int * byteCount);
     static int next4(char const * data, unsigned int length, unsigned int position,
                      unsigned int * byteCount, char * bytes);
 
@@ -61,63 +53,15 @@ public:
 
 private:
     template <unsigned int SIZE>
-    static void put(char * buffer, unsigned int codePoint);
-    template <unsigned int SIZE>
-    static int assembled(unsigned char const * bytes);
-    template <unsigned int SIZE>
     static Sequence checkedSequence(char const * data, unsigned int length, unsigned int position);
     template <unsigned int SIZE>
     static Sequence boundedSequence(char const * data, unsigned int length, unsigned int position);
 
-    static int stored(Sequence sequence, unsigned int * byteCount);
     static int stored(Sequence sequence, char const * data, unsigned int position,
                       unsigned int * byteCount, char * bytes);
 
     [[noreturn]] static void fail(char const * format, ...) TVK_PRINTF_LIKE(1, 2);
 };
-
-template <class Error>
-int Utf8Codec<Error>::encode(char * buffer, unsigned int bufferSize, int codePoint) {
-    unsigned int size = 6;
-    if (codePoint <= 0x7F) {
-        size = 1;
-    } else if (codePoint <= 0x7FF) {
-        size = 2;
-    } else if (codePoint <= 0xFFFF) {
-        size = 3;
-    } else if (codePoint <= 0x1FFFF) {
-        // Deliberate: 4 bytes could carry up to 0x1FFFFF. From 0x20000 on the wire has always had 5,
-        // and receivers compare and hash those bytes.
-        size = 4;
-    } else if (codePoint <= 0x3FFFFFF) {
-        size = 5;
-    }
-    if (bufferSize < size) {
-        return 0;
-    }
-    auto const bits = static_cast<unsigned int>(codePoint);
-    switch (size) {
-        case 1:
-            *buffer = static_cast<char>(bits & 0xFF);
-            break;
-        case 2:
-            put<2>(buffer, bits);
-            break;
-        case 3:
-            put<3>(buffer, bits);
-            break;
-        case 4:
-            put<4>(buffer, bits);
-            break;
-        case 5:
-            put<5>(buffer, bits);
-            break;
-        default:
-            put<6>(buffer, bits);
-            break;
-    }
-    return static_cast<int>(size);
-}
 
 template <class Error>
 int Utf8Codec<Error>::surrogatesPairToCodePoint(int high, int low) {
@@ -172,13 +116,13 @@ inline typename Utf8Codec<Error>::Sequence Utf8Codec<Error>::trusted(char const 
         return {lead, 1};
     }
     if ((lead & 0xE0) == 0xC0) {
-        return {assembled<2>(bytes), 2};
+        return {assembledUtf8<2>(bytes), 2};
     }
     if ((lead & 0xF0) == 0xE0) {
-        return {assembled<3>(bytes), 3};
+        return {assembledUtf8<3>(bytes), 3};
     }
     if ((lead & 0xF8) == 0xF0) {
-        return {assembled<4>(bytes), 4};
+        return {assembledUtf8<4>(bytes), 4};
     }
     if ((lead & 0xFC) == 0xF8) {
         return boundedSequence<5>(data, length, position);
@@ -191,20 +135,8 @@ inline typename Utf8Codec<Error>::Sequence Utf8Codec<Error>::trusted(char const 
 
 template <class Error>
 inline int Utf8Codec<Error>::next(char const * data, unsigned int length, unsigned int position,
-                                  unsigned int * byteCount) {
-    return stored(checked(data, length, position), byteCount);
-}
-
-template <class Error>
-inline int Utf8Codec<Error>::next(char const * data, unsigned int length, unsigned int position,
                                   unsigned int * byteCount, char * bytes) {
     return stored(checked(data, length, position), data, position, byteCount, bytes);
-}
-
-template <class Error>
-inline int Utf8Codec<Error>::next4(char const * data, unsigned int length, unsigned int position,
-                                   unsigned int * byteCount) {
-    return stored(trusted(data, length, position), byteCount);
 }
 
 template <class Error>
@@ -290,38 +222,15 @@ void Utf8Codec<Error>::failTrail(unsigned int position, unsigned int size) {
 
 template <class Error>
 template <unsigned int SIZE>
-inline void Utf8Codec<Error>::put(char * buffer, unsigned int codePoint) {
-    constexpr unsigned int LEAD_MARK = 0xFFU & ~(0xFFU >> SIZE);
-    constexpr unsigned int LEAD_BITS = 0x7FU >> SIZE;
-    unsigned int shift = 6 * (SIZE - 1);
-    *buffer++ = static_cast<char>(LEAD_MARK | (codePoint >> shift & LEAD_BITS));
-    while (shift != 0) {
-        shift -= 6;
-        *buffer++ = static_cast<char>(0x80U | (codePoint >> shift & 0x3FU));
-    }
-}
-
-template <class Error>
-template <unsigned int SIZE>
-inline int Utf8Codec<Error>::assembled(unsigned char const * bytes) {
-    unsigned int value = bytes[0] & (0x7FU >> SIZE);
-    for (unsigned int i = 1; i < SIZE; ++i) {
-        value = value << 6 | (bytes[i] & 0x3FU);
-    }
-    return static_cast<int>(value);
-}
-
-template <class Error>
-template <unsigned int SIZE>
 inline typename Utf8Codec<Error>::Sequence Utf8Codec<Error>::checkedSequence(
     char const * data, unsigned int length, unsigned int position) {
     Sequence const sequence = boundedSequence<SIZE>(data, length, position);
     auto const * const bytes = reinterpret_cast<unsigned char const *>(data) + position;
-    unsigned int strays = 0;
+    bool complete = true;
     for (unsigned int i = 1; i < SIZE; ++i) {
-        strays |= bytes[i] ^ 0x80U;
+        complete &= isTrailOfUtf8(bytes[i]);
     }
-    if ((strays & 0xC0) != 0) {
+    if (!complete) {
         failTrail(position, SIZE);
     }
     return sequence;
@@ -334,15 +243,7 @@ inline typename Utf8Codec<Error>::Sequence Utf8Codec<Error>::boundedSequence(
     if (length - position < SIZE) {
         failCut(position, SIZE);
     }
-    return {assembled<SIZE>(reinterpret_cast<unsigned char const *>(data) + position), SIZE};
-}
-
-template <class Error>
-inline int Utf8Codec<Error>::stored(Sequence sequence, unsigned int * byteCount) {
-    if (sequence.size != 0) {
-        *byteCount = sequence.size;
-    }
-    return sequence.codePoint;
+    return {assembledUtf8<SIZE>(reinterpret_cast<unsigned char const *>(data) + position), SIZE};
 }
 
 template <class Error>
@@ -351,7 +252,10 @@ inline int Utf8Codec<Error>::stored(Sequence sequence, char const * data, unsign
     for (unsigned int i = 0; i < sequence.size; ++i) {
         bytes[i] = data[position + i];
     }
-    return stored(sequence, byteCount);
+    if (sequence.size != 0) {
+        *byteCount = sequence.size;
+    }
+    return sequence.codePoint;
 }
 
 template <class Error>
