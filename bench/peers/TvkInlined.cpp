@@ -16,9 +16,10 @@ public:
         using Codec = detail::Utf8Codec<BadUtf8>;
         std::uint64_t sum = 0;
         auto const length = static_cast<unsigned int>(text.size());
-        unsigned int byteCount = 0;
-        for (unsigned int at = 0; at < length; at += byteCount) {
-            sum += static_cast<std::uint64_t>(Codec::next(text.data(), length, at, &byteCount));
+        for (unsigned int at = 0; at < length;) {
+            detail::Utf8Sequence const character = Codec::checked(text.data(), length, at);
+            sum += static_cast<std::uint64_t>(character.codePoint);
+            at += character.size;
         }
         return sum;
     }
