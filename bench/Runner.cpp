@@ -1,10 +1,11 @@
 #include "bench/Runner.h"
 
 #include <algorithm>
-#include <ctime>
-#include <exception>
 #include <optional>
+#include <string>
+#include <vector>
 
+#include "bench/Turns.h"
 #include "tests/support/AllocationCounter.h"
 
 namespace tvk::bench {
@@ -28,44 +29,41 @@ Nanoseconds timeOf(std::size_t passes, std::function<void()> const & pass) {
     return processorTime() - start;
 }
 
-/// Lines of JSON about one row. Names and texts of failures hold nothing that JSON would escape, but
-/// for what `plain` replaces.
+/// Lines of JSON about one row. Names hold nothing that JSON would escape.
 class Report {
 public:
     Report(std::FILE * output, Row const & row) : output_(output), name_(row.name()) {}
 
-    void begins() const {
-        std::fprintf(output_, "{\"row\": \"%s\", \"begins\": true}\n", name_.c_str());
-        std::fflush(output_);
-    }
     void failed(std::string text) const {
         std::replace_if(
             text.begin(), text.end(),
             [](char c) { return c == '"' || c == '\\' || static_cast<unsigned char>(c) < ' '; },
             '\'');
-        std::fprintf(output_, "{\"row\": \"%s\", \"error\": \"%s\"}\n", name_.c_str(),
-                     text.c_str());
+        print("{\"row\": \"" + name_ + "\", \"error\": \"" + text + "\"}");
     }
-    void measured(Figures const & figures) const {
-        std::fprintf(output_, "{\"row\": \"%s\"", name_.c_str());
+    void measured(Figures const & figures, std::vector<double> const & times = {}) const {
+        std::string line = "{\"row\": \"" + name_ + '"';
         for (auto const & [name, value] : figures) {
-            std::fprintf(output_, ", \"%s\": %.17g", name, value);
-        }
-        std::fprintf(output_, "}\n");
-    }
-    void timed(Figures const & figures, std::vector<double> const & times) const {
-        std::fprintf(output_, "{\"row\": \"%s\"", name_.c_str());
-        for (auto const & [name, value] : figures) {
-            std::fprintf(output_, ", \"%s\": %.17g", name, value);
+            line.append(", \"").append(name).append("\": ").append(numberText(value));
         }
         char const * separator = ", \"nanoseconds\": [";
         for (double const time : times) {
-            std::fprintf(output_, "%s%.6g", std::exchange(separator, ", "), time);
+            line += std::exchange(separator, ", ") + numberText(time);
         }
-        std::fprintf(output_, "]}\n");
+        print(line + (times.empty() ? "}" : "]}"));
     }
 
 private:
+    static std::string numberText(double number) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%.9g", number);
+        return text;
+    }
+    void print(std::string const & line) const {
+        std::fprintf(output_, "%s\n", line.c_str());
+        std::fflush(output_);
+    }
+
     std::FILE * output_;
     std::string name_;
 };
@@ -89,22 +87,20 @@ bool survives(Report const & report, Work work) {
 }
 
 /// A row that takes its turns.
-class Contender {
+class Contender : public TurnTaker {
 public:
     Contender(Row const & row, std::FILE * output, Nanoseconds slice)
-        : report_(output, row), slice_(slice) {
-        report_.begins();
-        isReady_ = survives(report_, [&] {
-            work_ = row.make();
+        : row_(row), report_(output, row), slice_(slice) {}
+
+    bool setUp() override {
+        return survives(report_, [this] {
+            work_ = row_.make();
             settle();
         });
     }
 
-    bool isReady() const { return isReady_; }
-
-    void takeTurn() {
-        report_.begins();
-        isReady_ = survives(report_, [this] {
+    bool takeTurn() override {
+        return survives(report_, [this] {
             work_.begin();
             if (passes_ > 1) {
                 work_.pass();  // has its data near again
@@ -114,14 +110,16 @@ public:
         });
     }
 
-    void report() const {
+    void end() override {
         Figures figures = {{"bytes", static_cast<double>(work_.size.bytes)},
                            {"documents", documents()}};
         if (allocations_) {
             figures.push_back({"allocations", *allocations_});
         }
-        report_.timed(figures, times_);
+        report_.measured(figures, times_);
     }
+
+    void died(std::string const & reason) override { report_.failed(reason); }
 
 private:
     double documents() const { return static_cast<double>(work_.size.documents); }
@@ -146,56 +144,56 @@ private:
         passes_ = std::max<std::size_t>(1, static_cast<std::size_t>(wanted));
     }
 
+    Row const & row_;
     Report report_;
     Nanoseconds slice_;
     TimedWork work_{};
-    bool isReady_ = false;
     std::optional<double> allocations_;
     std::size_t passes_ = 1;
     std::vector<double> times_;
 };
 
-void timeGroup(std::span<Row const> rows, Effort effort, std::FILE * output) {
-    std::vector<Contender> contenders;
-    for (Row const & row : rows) {
-        Contender contender(row, output, effort.slice);
-        if (contender.isReady()) {
-            contenders.push_back(std::move(contender));
-        }
-    }
-    for (int round = 0; round < effort.rounds; ++round) {
-        for (std::size_t turn = 0; turn < contenders.size(); ++turn) {
-            contenders[(turn + static_cast<std::size_t>(round)) % contenders.size()].takeTurn();
-        }
-        std::erase_if(contenders, [](Contender const & each) { return !each.isReady(); });
-    }
-    for (Contender const & contender : contenders) {
-        contender.report();
-    }
-}
+/// A row that measures once, when it is set up.
+class Measured : public TurnTaker {
+public:
+    Measured(Row const & row, std::FILE * output) : row_(row), report_(output, row) {}
 
-void measure(Row const & row, std::FILE * output) {
-    Report const report(output, row);
-    report.begins();
-    survives(report, [&] { report.measured(row.measure()); });
+    bool setUp() override {
+        return survives(report_, [this] { figures_ = row_.measure(); });
+    }
+    bool takeTurn() override { return true; }
+    void end() override { report_.measured(figures_); }
+    void died(std::string const & reason) override { report_.failed(reason); }
+
+private:
+    Row const & row_;
+    Report report_;
+    Figures figures_;
+};
+
+void runGroup(std::span<Row const> rows, Effort effort, std::FILE * output) {
+    std::vector<std::unique_ptr<TurnTaker>> takers;
+    for (Row const & row : rows) {
+        if (row.measure) {
+            takers.push_back(std::make_unique<Measured>(row, output));
+        } else {
+            takers.push_back(std::make_unique<Contender>(row, output, effort.slice));
+        }
+    }
+    takeTurns(takers, rows.front().measure ? 0 : effort.rounds, effort.patience);
 }
 
 }  // namespace
 
 void runRows(std::span<Row const> rows, Effort effort, std::FILE * output) {
     while (!rows.empty()) {
-        std::size_t count = 1;
-        while (count < rows.size() && rows[count].group == rows.front().group) {
-            ++count;
-        }
-        if (rows.front().measure) {
-            for (Row const & row : rows.first(count)) {
-                measure(row, output);
-            }
-        } else {
-            timeGroup(rows.first(count), effort, output);
-        }
+        std::string const & group = rows.front().group;
+        std::fprintf(output, "{\"group\": \"%s\"}\n", group.c_str());
         std::fflush(output);
+        auto const end = std::find_if(rows.begin(), rows.end(),
+                                      [&group](Row const & row) { return row.group != group; });
+        auto const count = static_cast<std::size_t>(end - rows.begin());
+        runGroup(rows.first(count), effort, output);
         rows = rows.subspan(count);
     }
 }

@@ -3,8 +3,7 @@
 
     bench/measure.py PROGRAM RESULTS.json [--data FOLDER] [--filter REGEX] [--quick]
 
-Each group of rows runs in a process of its own. When a row ends its process, or holds it up, the
-group runs once more without that row, so nothing else is lost. RESULTS.json is what report.py reads.
+RESULTS.json is what report.py reads.
 """
 
 import argparse
@@ -13,30 +12,16 @@ import json
 import os
 import pathlib
 import re
-import signal
 import subprocess
 import sys
 
 QUICK = ["--rounds", "5", "--slice", "3"]
-PATIENCE_SECONDS = 150
 
 # Both look at the environment when a program starts.
 WITHOUT_AES_INSTRUCTIONS = {"OPENSSL_ia32cap": "~0x200000000000000", "NETTLE_FAT_OVERRIDE": "none"}
 
 FLAGS_THAT_MATTER = ["sse4_1", "sse4_2", "avx", "avx2", "bmi2", "avx512f", "avx512bw", "avx512vbmi",
                      "avx512vl", "gfni", "aes", "vaes", "pclmulqdq", "neon", "asimd"]
-
-
-def group_of(row):
-    return row.rpartition("/")[0]
-
-
-def in_groups(rows):
-    """Group -> its rows, in the order of the program."""
-    groups = {}
-    for row in rows:
-        groups.setdefault(group_of(row), []).append(row)
-    return groups
 
 
 class Program:
@@ -52,64 +37,37 @@ class Program:
     def rows(self):
         return self.ask("--list").split()
 
-    def run(self, rows):
-        """What the rows wrote, and why the process ended early, or None."""
-        try:
-            done = subprocess.run([self.path, *self.options, *rows], env=self.environment,
-                                  stdout=subprocess.PIPE, text=True, errors="replace",
-                                  timeout=PATIENCE_SECONDS, check=False)
-        except subprocess.TimeoutExpired as late:
-            return lines_of((late.stdout or b"").decode("utf-8", "replace")), "takes too long"
-        return lines_of(done.stdout), reason_of(done.returncode)
+    def run(self, rows, progress):
+        """What the rows measured, or why not, in their order."""
+        found = {}
+        groups = len(dict.fromkeys(map(group_of, rows)))
+        started = 0
+        with subprocess.Popen([self.path, *self.options, *rows], env=self.environment,
+                              stdout=subprocess.PIPE, text=True, errors="replace") as process:
+            for line in map(object_of, process.stdout):
+                if "group" in line:
+                    started += 1
+                    progress(f"[{started}/{groups}] {line['group']}")
+                elif "row" in line:
+                    found[line["row"]] = line
+        return [found.get(row, {"row": row, "error": "wrote nothing"}) for row in rows]
 
 
-def reason_of(status):
-    if status == 0:
-        return None
-    return f"ends the program: {signal.Signals(-status).name}" if status < 0 else f"exits with {status}"
+def group_of(row):
+    return row.rpartition("/")[0]
 
 
-def lines_of(text):
-    """The last line may be cut off."""
-    lines = []
-    for line in text.splitlines():
-        try:
-            lines.append(json.loads(line))
-        except json.JSONDecodeError:
-            break
-    return lines
-
-
-def run_group(program, rows):
-    """The results and failures of the rows: row -> object."""
-    left = list(rows)
-    ended = {}
-    while left:
-        lines, reason = program.run(left)
-        results = {line["row"]: line for line in lines if "begins" not in line}
-        if reason is None:
-            return ended | results
-        begun = [line["row"] for line in lines if "begins" in line]
-        culprit = begun[-1] if begun else left[0]
-        ended[culprit] = {"row": culprit, "error": reason}
-        left.remove(culprit)
-    return ended
-
-
-def run_all(program, rows, progress):
-    results = {}
-    groups = in_groups(rows)
-    for number, (group, members) in enumerate(groups.items(), 1):
-        progress(f"[{number}/{len(groups)}] {group}")
-        found = run_group(program, members)
-        for row in members:
-            results[row] = found.get(row, {"row": row, "error": "wrote nothing"})
-    return list(results.values())
+def object_of(line):
+    """Nothing for a line that is cut off."""
+    try:
+        return json.loads(line)
+    except json.JSONDecodeError:
+        return {}
 
 
 def with_their_tvk(rows, all_rows):
     """Rows that a second run adds, and tvk's beside them."""
-    groups = in_groups(rows)
+    groups = set(map(group_of, rows))
     return [row for row in all_rows
             if row in rows or (group_of(row) in groups and row.endswith("/tvk"))]
 
@@ -157,12 +115,12 @@ def main():
     results = {"date": datetime.date.today().isoformat(), "quick": options.quick,
                "full_corpora": bool(options.data), "machine": machine(),
                "about": json.loads(program.ask("--about")),
-               "runs": [run_all(program, rows, progress)]}
+               "runs": [program.run(rows, progress)]}
     # What works without AES instructions where the processor has them.
     all_rows = program.rows()
     more = [row for row in tables.rows() if row not in all_rows and wanted.search(row)]
     if more:
-        results["runs"].append(run_all(tables, with_their_tvk(more, tables.rows()), progress))
+        results["runs"].append(tables.run(with_their_tvk(more, tables.rows()), progress))
     pathlib.Path(options.results).write_text(json.dumps(results), "utf-8")
     if not rows and not more:
         sys.exit(f"no row matches {options.filter}")

@@ -12,6 +12,7 @@ import argparse
 import json
 import pathlib
 import re
+import signal
 import statistics
 import sys
 
@@ -248,8 +249,10 @@ PEAK_HEAD = ("row", "who", "text, KiB:", "peak, KiB:", "of it the unused reader:
 
 
 def as_text(results):
-    return "\n".join([table(BEST_HEAD, best_rows(results)), table(ALL_HEAD, all_rows(results)),
-                      table(KEPT_HEAD, kept_rows(results)), table(PEAK_HEAD, peak_rows(results))])
+    tables = [(BEST_HEAD, best_rows(results)), (ALL_HEAD, all_rows(results)),
+              (KEPT_HEAD, kept_rows(results)), (PEAK_HEAD, peak_rows(results))]
+    filled = [(head, list(rows)) for head, rows in tables]
+    return "\n".join(table(head, rows) for head, rows in filled if rows)
 
 
 def section(title, text, head, rows):
@@ -329,6 +332,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
     parser.add_argument("results")
     parser.add_argument("--write", action="store_true")
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # a reader that has seen enough
     options = parser.parse_args()
 
     results = Results(json.loads(pathlib.Path(options.results).read_text("utf-8")))

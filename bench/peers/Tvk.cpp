@@ -196,7 +196,7 @@ private:
     std::string room_;
 };
 
-/// A call for each character, with all checks.
+/// Character by character, with all checks.
 class TvkUtf8 : public Utf8Decoder {
 public:
     std::uint64_t decode(std::string_view text) override {
@@ -262,6 +262,7 @@ struct TvkSplitter {
 
 void addTvk(Peers & peers) {
     addPeer<TvkScanner>(peers.scanners, "tvk");
+    peers.scanners.push_back({"tvk_inlined", makeInlinedScanner});
     addPeer<TvkScanner>(peers.plainScanners, "tvk");
     addPeer<TvkReader<UTF8_CODE_PAGE>>(peers.readers, "tvk");
     addPeer<TvkReader<JAPANESE_CODE_PAGE>>(peers.readers, "tvk_932", true);
@@ -273,7 +274,6 @@ void addTvk(Peers & peers) {
     addPeer<TvkCodePageIntoRoom>(peers.codePageConverters, "tvk");
     addPeer<TvkCodePage>(peers.codePageConverters, "tvk_CString");
     addPeer<TvkUtf8>(peers.utf8Decoders, "tvk");
-    peers.utf8Decoders.push_back({"tvk_inlined", makeInlinedUtf8Decoder});
     addFunction<TvkBase64>(peers.base64Encoders, "tvk");
     addFunction<TvkHex>(peers.hexEncoders, "tvk");
     addFunction<TvkPercentEncoder>(peers.percentEncoders, "tvk");

@@ -8,6 +8,6 @@
 /// objects of tvk hidden in it, so that the other rows go on calling the tvk that ships.
 namespace tvk::bench {
 
-[[gnu::visibility("default")]] std::unique_ptr<Utf8Decoder> makeInlinedUtf8Decoder();
+[[gnu::visibility("default")]] std::unique_ptr<Scanner> makeInlinedScanner();
 
 }  // namespace tvk::bench
