@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "tvk/json/JsonUtil.h"
+#include "tvk/json/detail/JsonEscapes.h"
 #include "tvk/json/detail/PlainText.h"
 #include "tvk/text/detail/Utf8Codec.h"
 
@@ -11,28 +12,6 @@ namespace tvk {
 namespace {
 
 using Utf8 = detail::Utf8Codec<JsonUtil::XParsingError>;
-
-/// What stands behind the backslash for a code point, or 0 where nothing is escaped.
-char escapeOf(int codePoint) {
-    switch (codePoint) {
-        case '"':
-        case '\\':
-        case '/':
-            return static_cast<char>(codePoint);
-        case '\n':
-            return 'n';
-        case '\r':
-            return 'r';
-        case '\t':
-            return 't';
-        case '\f':
-            return 'f';
-        case '\b':
-            return 'b';
-        default:
-            return 0;
-    }
-}
 
 /// One text on its way into a JSON string. Two loops take it there: a fast one while the room has
 /// place for any character, and a careful one from there on.
@@ -61,7 +40,7 @@ private:
 
     /// False when a NUL has ended the text.
     bool writeFast() {
-        detail::PlainText const plain(escapesSlash_);
+        detail::PlainAscii const plain(escapesSlash_);
         while (in_ < length_ && out_ + LONGEST < room_) {
             // As many bytes as could be taken one by one without running out of room.
             std::size_t const most = std::min<std::size_t>(length_ - in_, room_ - LONGEST - out_);
@@ -81,7 +60,7 @@ private:
     void writeCarefully() {
         while (in_ < length_) {
             Utf8::Sequence const character = Utf8::checked(text_, length_, in_);
-            char const escape = escapeOf(character.codePoint);
+            char const escape = detail::escapeOf(character.codePoint);
             // Deliberate: the line feed and the plain slash are not measured; stored results were
             // cut behind them, not before. Callers who give twice the length never come here short.
             bool const isMeasured = escape != 'n' && (escape != '/' || escapesSlash_);
@@ -111,7 +90,7 @@ private:
         if (character.codePoint == 0) {
             return false;
         }
-        if (char const escape = escapeOf(character.codePoint); escape != 0) {
+        if (char const escape = detail::escapeOf(character.codePoint); escape != 0) {
             writeEscape(escape);
         } else {
             writeSequence(character.size);

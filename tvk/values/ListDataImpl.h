@@ -6,6 +6,10 @@
 
 namespace tvk {
 
+namespace detail {
+class OwnValues;
+}
+
 /// A list in one contiguous vector.
 ///
 /// Ownership: one count on each element that is not null, released in element order at the end,
@@ -52,6 +56,8 @@ public:
     void insertElementAt(unsigned int index, RefCountedPtr<FieldValue> const & value) override;
 
 private:
+    friend class detail::OwnValues;
+
     ~ListDataImpl() override;
 
     void appendElementsOf(ListData const & other);

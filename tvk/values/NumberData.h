@@ -4,6 +4,10 @@
 
 namespace tvk {
 
+namespace detail {
+class OwnValues;
+}
+
 /// A number, a 64-bit integer or a double, with a text form of its own.
 ///
 /// Text form: built when somebody first asks ("%lld", or "%f" with six decimals), unless setStringRep
@@ -51,6 +55,8 @@ public:
     CString toString() const override;
 
 private:
+    friend class detail::OwnValues;
+
     ~NumberData() override;
 
     double bitsAsDouble() const;

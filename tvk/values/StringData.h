@@ -4,6 +4,10 @@
 
 namespace tvk {
 
+namespace detail {
+class OwnValues;
+}
+
 /// A text value. Its bytes are not interpreted, but for the numeric accessors: those read the
 /// number that the text starts with, and give 0 where there is none.
 class TVK_API StringData : public FieldValue {
@@ -42,6 +46,8 @@ public:
     CString toString() const override;
 
 private:
+    friend class detail::OwnValues;
+
     ~StringData() override;
 
     CString text_;

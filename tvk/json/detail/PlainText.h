@@ -1,84 +1,101 @@
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
+#include "tvk/json/detail/TextBlock.h"
+
 namespace tvk::detail {
 
-/// Tells the bytes of a text that stand for themselves inside a JSON string from those that need
-/// attention: quote, backslash, a slash that is to be escaped, what lies below 0x20, and 0x80 and
-/// above. Eight bytes at a time.
-class PlainText {
+/// Copies bytes of a text that stand for themselves inside a JSON string, up to those that need
+/// attention: quote, backslash, a slash that is to be escaped, what lies below 0x20, and, as
+/// `HIGH_BYTES` says, 0x80 and above. Sixteen bytes at a time; nothing behind the text is read.
+template <HighBytes HIGH_BYTES, class Block = TextBlock>
+class PlainBytes {
 public:
-    explicit PlainText(bool escapesSlash) : slash_(escapesSlash ? '/' : '"') {}
+    explicit PlainBytes(bool escapesSlash) : slash_(escapesSlash ? '/' : '"') {}
 
     /// Copies the bytes up to the first one that needs attention, and returns their number. Room:
     /// `length` bytes at `output`, of which those behind the result may change as well.
     std::size_t copy(char const * text, std::size_t length, char * output) const {
         std::size_t at = 0;
-        for (; length - at >= 8; at += 8) {
-            std::memcpy(output + at, text + at, 8);
-            if (std::uint64_t const marks = attention(load<std::uint64_t>(text + at)); marks != 0) {
-                return at + bytesBelow(marks);
+        for (; length - at >= Block::SIZE; at += Block::SIZE) {
+            std::memcpy(output + at, text + at, Block::SIZE);
+            std::size_t const plain = plainBytes(Block(text + at));
+            if (plain != Block::SIZE) {
+                return at + plain;
             }
         }
-        if (length - at >= 4) {
-            constexpr std::uint64_t PLAIN_UPPER_HALF = 0x2020202000000000;
-            std::memcpy(output + at, text + at, 4);
-            std::uint64_t const word = load<std::uint32_t>(text + at) | PLAIN_UPPER_HALF;
-            if (std::uint64_t const marks = attention(word); marks != 0) {
-                return at + bytesBelow(marks);
+        return at + copyShort(text + at, length - at, output + at);
+    }
+
+    /// False, with any bytes in the room, where one of them needs attention.
+    bool copyAll(char const * text, std::size_t length, char * output) const {
+        if (length < Block::SIZE) {
+            return copyShort(text, length, output) == length;
+        }
+        std::size_t const last = length - Block::SIZE;
+        for (std::size_t at = 0; at < last; at += Block::SIZE) {
+            std::memcpy(output + at, text + at, Block::SIZE);
+            if (plainBytes(Block(text + at)) != Block::SIZE) {
+                return false;
             }
-            at += 4;
         }
-        for (; at < length && isPlain(text[at]); ++at) {
-            output[at] = text[at];
-        }
-        return at;
+        std::memcpy(output + last, text + last, Block::SIZE);
+        return plainBytes(Block(text + last)) == Block::SIZE;
     }
 
 private:
-    static constexpr std::uint64_t EACH_BYTE = 0x0101010101010101;
-    static constexpr std::uint64_t HIGH_BITS = 0x8080808080808080;
+    static constexpr std::uint64_t PLAIN = 0x2020202020202020;
 
-    /// The first byte becomes the lowest one on every processor.
-    template <class Word>
-    static Word load(char const * text) {
-        Word word;
-        std::memcpy(&word, text, sizeof word);
-        if constexpr (std::endian::native == std::endian::big) {
-            Word turned = 0;
-            for (std::size_t i = 0; i < sizeof word; ++i) {
-                turned = static_cast<Word>(turned << 8 | (word >> (8 * i) & 0xFF));
-            }
-            word = turned;
+    std::size_t plainBytes(Block const & block) const {
+        return block.template plainBytes<HIGH_BYTES>(slash_);
+    }
+
+    /// copy() for less than a block: in two pieces that meet or overlap.
+    std::size_t copyShort(char const * text, std::size_t length, char * output) const {
+        if (length >= 8) {
+            return copyEnds<std::uint64_t>(text, length, output);
         }
-        return word;
+        if (length >= 4) {
+            return copyEnds<std::uint32_t>(text, length, output);
+        }
+        return length == 0 ? 0 : copyUpTo3(text, length, output);
     }
 
-    /// The high bit of each byte that needs attention; above the first of them also of others.
-    std::uint64_t attention(std::uint64_t word) const {
-        auto const zeroBytes = [](std::uint64_t value) { return (value - EACH_BYTE) & ~value; };
-        std::uint64_t const control = (word - EACH_BYTE * 0x20) & ~word;
-        std::uint64_t const quote = zeroBytes(word ^ EACH_BYTE * '"');
-        std::uint64_t const backslash = zeroBytes(word ^ EACH_BYTE * '\\');
-        std::uint64_t const slash =
-            zeroBytes(word ^ EACH_BYTE * static_cast<unsigned char>(slash_));
-        return (control | quote | backslash | slash | word) & HIGH_BITS;
+    template <class Word>
+    std::size_t copyEnds(char const * text, std::size_t length, char * output) const {
+        constexpr std::size_t HALF = sizeof(Word);
+        std::uint64_t const first = loadWord<Word>(text);
+        std::uint64_t const last = loadWord<Word>(text + length - HALF);
+        std::memcpy(output, text, HALF);
+        std::memcpy(output + length - HALF, text + length - HALF, HALF);
+        std::size_t plain;
+        if constexpr (HALF == 8) {
+            plain = plainBytes(Block(first, last));
+        } else {
+            plain = plainBytes(Block(first | last << 32, PLAIN));
+        }
+        return plain < HALF ? plain : plain < 2 * HALF ? length - 2 * HALF + plain : length;
     }
 
-    static std::size_t bytesBelow(std::uint64_t marks) {
-        return static_cast<std::size_t>(std::countr_zero(marks)) / 8;
-    }
-
-    bool isPlain(char character) const {
-        return static_cast<unsigned char>(character) - 0x20u < 0x60 && character != '"' &&
-               character != '\\' && character != slash_;
+    /// The first byte, the one in the middle and the last one are all.
+    std::size_t copyUpTo3(char const * text, std::size_t length, char * output) const {
+        std::size_t const places[] = {0, length / 2, length - 1};
+        std::uint64_t bytes = PLAIN << 24;
+        for (std::size_t i = 0; i < 3; ++i) {
+            char const byte = text[places[i]];
+            output[places[i]] = byte;
+            bytes |= std::uint64_t{static_cast<unsigned char>(byte)} << (8 * i);
+        }
+        std::size_t const plain = plainBytes(Block(bytes, PLAIN));
+        return plain < 3 ? places[plain] : length;
     }
 
     char slash_;  // the quote again where a slash is plain
 };
+
+using PlainAscii = PlainBytes<HighBytes::NEED_ATTENTION>;
 
 }  // namespace tvk::detail

@@ -1,9 +1,30 @@
 #include "tvk/values/detail/FieldMap.h"
 
 #include <algorithm>
+#include <typeinfo>
 #include <utility>
 
+#include "tvk/values/MappedMessage.h"
+#include "tvk/values/MappedMessageHeader.h"
+#include "tvk/values/MappedRecordData.h"
+
 namespace tvk::detail {
+
+FieldMap const * FieldMap::ofOwn(RecordData const & record) {
+    // By address: where two modules have a description of one class each, a record is taken for a
+    // foreign one, which is as right.
+    std::type_info const * const type = &typeid(record);
+    if (type == &typeid(MappedRecordData)) {
+        return static_cast<MappedRecordData const &>(record).fields_;
+    }
+    if (type == &typeid(MappedMessage)) {
+        return static_cast<MappedMessage const &>(record).fields_;
+    }
+    if (type == &typeid(MappedMessageHeader)) {
+        return static_cast<MappedMessageHeader const &>(record).fields_;
+    }
+    return nullptr;
+}
 
 FieldMap::FieldMap(FieldMap const & other) : map_(other.map_) {
     if (other.values_ != nullptr) {

@@ -30,6 +30,10 @@ public:
         return *record.fields_;
     }
 
+    /// Those of a record of exactly one of the library's own classes, which give getAllFields in the
+    /// order that stands here; null for any other record, derived ones included.
+    static FieldMap const * ofOwn(RecordData const & record);
+
     FieldMap() = default;
     FieldMap(FieldMap const & other);
     FieldMap & operator=(FieldMap const &) = delete;
@@ -47,6 +51,11 @@ public:
 
     Map & map() { return ownMap(); }
     Map const & map() const { return ownMap(); }
+
+    /// The names of a record that has a shape, null for one that has a map of its own.
+    FieldShape const * shape() const { return values_ == nullptr ? nullptr : shape_.get(); }
+    /// Requires: shape() is not null. One for each name, in their order.
+    Value const * values() const { return values_.get(); }
 
     /// Inserts each field of the source whose name is not here yet.
     void addMissing(RecordData const & source);

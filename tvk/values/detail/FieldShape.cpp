@@ -24,4 +24,11 @@ std::size_t FieldShape::find(CString const & name) const {
                : names_.size();
 }
 
+FieldShape::Companion const & FieldShape::keep(std::unique_ptr<Companion const> companion) const {
+    Companion const * kept = nullptr;
+    return companion_.compare_exchange_strong(kept, companion.get(), std::memory_order_acq_rel)
+               ? *companion.release()
+               : *kept;
+}
+
 }  // namespace tvk::detail
