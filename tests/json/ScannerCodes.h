@@ -13,7 +13,8 @@ namespace tvk::test {
 /// Those that this processor can run.
 inline std::vector<detail::ScanVariant const *> scanVariants() {
     std::vector<detail::ScanVariant const *> variants = {detail::scanVariantPlain()};
-    for (detail::ScanVariant const * const variant : {detail::scanVariantSse41()}) {
+    for (detail::ScanVariant const * const variant :
+         {detail::scanVariantSse41(), detail::scanVariantAvx2()}) {
         if (variant != nullptr) {
             variants.push_back(variant);
         }

@@ -6,8 +6,9 @@ namespace tvk {
 namespace detail {
 
 ScanVariant const & bestScanVariant() {
-    static ScanVariant const & best =
-        scanVariantSse41() != nullptr ? *scanVariantSse41() : *scanVariantPlain();
+    static ScanVariant const & best = scanVariantAvx2() != nullptr    ? *scanVariantAvx2()
+                                      : scanVariantSse41() != nullptr ? *scanVariantSse41()
+                                                                      : *scanVariantPlain();
     return best;
 }
 

@@ -11,7 +11,7 @@ namespace {
 /// Bytes of text that are looked at together, in a plain 64-bit word.
 class PlainBlock {
 public:
-    static constexpr std::size_t SIZE = 8;
+    static constexpr unsigned int SIZE = 8;
 
     explicit PlainBlock(char const * bytes) { std::memcpy(&word_, bytes, SIZE); }
 

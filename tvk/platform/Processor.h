@@ -46,4 +46,26 @@ inline bool hasAvx2() {
 #endif
 }
 
+/// Whether the processor that runs this has BMI1, BMI2, POPCNT and PCLMULQDQ.
+inline bool hasBitOperations() {
+#if !TVK_PROCESSOR_X86
+    return false;
+#elif defined(_MSC_VER)
+    constexpr int PCLMULQDQ = 1 << 1;
+    constexpr int POPCNT = 1 << 23;
+    constexpr int BMI1 = 1 << 3;
+    constexpr int BMI2 = 1 << 8;
+    int registers[4];
+    __cpuid(registers, 1);
+    if ((registers[2] & (PCLMULQDQ | POPCNT)) != (PCLMULQDQ | POPCNT)) {
+        return false;
+    }
+    __cpuidex(registers, 7, 0);
+    return (registers[1] & (BMI1 | BMI2)) == (BMI1 | BMI2);
+#else
+    return __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0 &&
+           __builtin_cpu_supports("popcnt") != 0 && __builtin_cpu_supports("pclmul") != 0;
+#endif
+}
+
 }  // namespace tvk::platform

@@ -36,6 +36,9 @@ ScanVariant const * scanVariantPlain();
 /// Null where this build or the processor does not have SSE4.1.
 ScanVariant const * scanVariantSse41();
 
+/// Null where this build or the processor does not have AVX2 and the bit operations.
+ScanVariant const * scanVariantAvx2();
+
 /// The one that suits this processor best.
 ScanVariant const & bestScanVariant();
 

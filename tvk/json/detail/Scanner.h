@@ -41,6 +41,13 @@ public:
     ~Scanner() { delete[] buffer_; }
 
     unsigned int scan(ScanEntry entry) {
+        return scanBy([this](char const * at) { return matchOneJsonValue(at); }, entry);
+    }
+
+protected:
+    /// The scan, with `oneValue` to read one value and all that is nested in it.
+    template <class OneValue>
+    unsigned int scanBy(OneValue oneValue, ScanEntry entry) {
         char const * at = data_;
         switch (entry) {
             case ScanEntry::OBJECT:
@@ -53,12 +60,11 @@ public:
                 at = skip(at);
                 break;
             case ScanEntry::FIELDS:
-                return positionOf(matchBareFields(at));
+                return positionOf(matchBareFields(oneValue, at));
         }
-        return positionOf(matchOneJsonValue(at));
+        return positionOf(oneValue(at));
     }
 
-private:
     static constexpr char OBJECT = '}';  // a container's kind is the byte that closes it
     static constexpr char ARRAY = ']';
 
@@ -103,7 +109,8 @@ private:
     }
 
     /// Fields without braces around them, up to a `}` or the end of the data.
-    char const * matchBareFields(char const * at) {
+    template <class OneValue>
+    char const * matchBareFields(OneValue oneValue, char const * at) {
         isFirst_ = true;
         for (;;) {
             bool found = false;
@@ -111,7 +118,7 @@ private:
             if (!found) {
                 return at;
             }
-            at = matchOneJsonValue(at);
+            at = oneValue(at);
         }
     }
 
@@ -392,11 +399,14 @@ private:
         }
     };
 
-    /// Reads an escape, or sequences of 2 to 6 bytes as long as they follow one another. Stays at
-    /// what ends the text.
+    /// Reads escapes, or sequences of 2 to 6 bytes, as long as they follow one another. Stays at what
+    /// ends the text.
     Text readUnplain(Text text) const {
         if (*text.at == '\\') {
-            return readEscape(text.at, text, text.at + 1);
+            do {
+                text = readEscape(text.at, text, text.at + 1);
+            } while (text.at != end_ && *text.at == '\\');
+            return text;
         }
         while (text.at != end_ && isLead(*text.at)) {
             unsigned int const size = sequenceLength(text.at);
