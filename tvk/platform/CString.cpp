@@ -136,6 +136,9 @@ void CString::setLength(int length) noexcept {
 
 /// Makes the text this object's own with room for `length` bytes, and returns it.
 char * CString::makeRoom(int length) {
+    if (block() == &EMPTY.block) {
+        return data_ = allocate(length);
+    }
     int const room = capacity();
     if (!isShared() && room >= length) {
         return data_;
