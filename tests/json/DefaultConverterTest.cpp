@@ -6,7 +6,10 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <vector>
 
+#include "tests/support/AllocationCounter.h"
 #include "tests/support/AllocationFailure.h"
 #include "tests/support/ExactBuffer.h"
 #include "tests/support/PrintCString.h"
@@ -24,6 +27,7 @@ using tvk::FieldValue;
 using tvk::NumberData;
 using tvk::RefCountedPtr;
 using tvk::SimpleObjectCache;
+using tvk::test::AllocationCounter;
 using tvk::test::AllocationFailure;
 using tvk::test::ExactBuffer;
 using tvk::test::textOf;
@@ -254,10 +258,257 @@ TEST(DefaultConverter, GivesNullWhenMemoryIsOut) {
             }
         }
     };
+    constexpr int ONE_BLOCK = 1;
     std::string const longText(1000, 'x');
-    EXPECT_GT(failures([&] { return converter().stringFromRawData(longText.data(), 1000); }), 1);
-    EXPECT_GT(failures([&] { return converter().stringFromRawData("\xE6\x97\xA5", 3); }), 1);
-    EXPECT_GT(failures([] { return converter().numberFromRawData("12", 2, nullptr, nullptr); }), 1);
+    EXPECT_EQ(failures([&] { return converter().stringFromRawData(longText.data(), 1000); }),
+              ONE_BLOCK);
+    EXPECT_EQ(failures([&] { return converter().stringFromRawData("\xE6\x97\xA5", 3); }),
+              ONE_BLOCK);
+    EXPECT_EQ(failures([] { return converter().numberFromRawData("12", 2, nullptr, nullptr); }),
+              ONE_BLOCK);
+    EXPECT_EQ(failures([] { return converter().stringFromRawData("", 0); }), ONE_BLOCK);
+    EXPECT_EQ(failures([] { return converter().numberFromRawData("", 0, nullptr, nullptr); }),
+              ONE_BLOCK);
+    EXPECT_GT(failures([] { return converter().stringFromRawData("\x80\x80", 2); }), ONE_BLOCK)
+        << "text that grows asks for more";
+    std::string longJapanese;
+    for (int i = 0; i < 300; ++i) {
+        longJapanese += "\xE6\x97\xA5";
+    }
+    EXPECT_GT(failures([&] { return converter().stringFromRawData(longJapanese.data(), 900); }),
+              ONE_BLOCK);
+}
+
+TEST(DefaultConverter, ConvertsTextOfEveryLength) {
+    for (unsigned int const codePage : {932u, 65001u}) {
+        UsingCodePage const using_(codePage);
+        for (std::string_view const piece : {"\xE6\x97\xA5", "\x80", "a", "\xEF\xBD\xB1z"}) {
+            std::string text;
+            for (int count = 0; count < 600; ++count) {
+                ASSERT_EQ(string(text), tvk::platform::utf8ToAnsi(
+                                            text.data(), static_cast<unsigned int>(text.size())))
+                    << text.size() << " bytes of " << piece;
+                text += piece;
+            }
+        }
+    }
+}
+
+// A value stands in one block with its text, and whoever goes last gives the block back.
+
+RefCountedPtr<FieldValue> anyString() { return converter().stringFromRawData("some text", 9); }
+
+RefCountedPtr<NumberData> anyNumber() {
+    char const text[] = "12.50";
+    return static_cast<NumberData *>(converter().numberFromRawData(text, 5, text + 2, nullptr));
+}
+
+TEST(DefaultConverter, ACopyOfTheTextOutlivesTheValue) {
+    CString copy = anyString()->asString();
+    CString const another = copy;
+    EXPECT_EQ(copy, "some text");
+    copy.SetAt(0, 'S');
+    EXPECT_EQ(copy, "Some text");
+    EXPECT_EQ(another, "some text");
+    copy = anyNumber()->toString();
+    EXPECT_EQ(copy, "12.50");
+    copy.Append("0 and more than there is room for");
+    EXPECT_EQ(copy, "12.500 and more than there is room for");
+    copy = anyString()->asString();
+    std::strcpy(copy.GetBuffer(100), "written");
+    copy.ReleaseBuffer();
+    EXPECT_EQ(copy, "written");
+}
+
+TEST(DefaultConverter, TheValueOutlivesACopyOfItsText) {
+    RefCountedPtr<FieldValue> const value = anyString();
+    {
+        CString changed = value->asString();
+        changed.Append("!");
+        CString const kept = value->asString();
+        EXPECT_EQ(kept.GetString(), value->asString().GetString()) << "shared";
+    }
+    EXPECT_EQ(value->asString(), "some text");
+}
+
+TEST(DefaultConverter, CopiesOfAValueOutliveIt) {
+    RefCountedPtr<FieldValue> const text =
+        new tvk::StringData(static_cast<tvk::StringData &>(*anyString()));
+    EXPECT_EQ(text->asString(), "some text");
+    RefCountedPtr<FieldValue> const number = new NumberData(*anyNumber());
+    EXPECT_EQ(number->asString(), "12.500000");
+    EXPECT_EQ(number->doubleValue(), 12.5);
+}
+
+TEST(DefaultConverter, TheTextOfAValueMayBeReplaced) {
+    for (bool const keepsOldText : {false, true}) {
+        RefCountedPtr<FieldValue> const text = anyString();
+        CString const oldText = keepsOldText ? text->asString() : CString();
+        static_cast<tvk::StringData &>(*text) = CString("other");
+        EXPECT_EQ(text->asString(), "other");
+        static_cast<tvk::StringData &>(*text) = static_cast<tvk::StringData &>(*anyString());
+        EXPECT_EQ(text->asString(), "some text");
+        EXPECT_EQ(oldText, keepsOldText ? "some text" : "");
+
+        RefCountedPtr<NumberData> const number = anyNumber();
+        number->setStringRep("other");
+        EXPECT_EQ(number->asString(), "other");
+        EXPECT_EQ(number->doubleValue(), 12.5) << "the number stays what it was";
+        number->setStringRep(anyNumber()->asString());
+        EXPECT_EQ(number->asString(), "12.50");
+    }
+}
+
+TEST(DefaultConverter, ComparesNumbersThatNobodyHasReadYet) {
+    char const text[] = "7.5";
+    auto const fresh = [&](char const * bytes) { return number(bytes); };
+    EXPECT_TRUE(*fresh("75") == *fresh("75"));
+    EXPECT_FALSE(*fresh("75") == *fresh("76"));
+    EXPECT_FALSE(*fresh("75") == *fresh("75.0"));
+    EXPECT_TRUE(*fresh("7.5") == *fresh("7.50"));
+    EXPECT_TRUE(*fresh("75") < *fresh("76"));
+    EXPECT_FALSE(*fresh("76") < *fresh("75"));
+    EXPECT_TRUE(*fresh("-7.5") < *fresh("7.25"));
+    EXPECT_EQ(fresh("75")->intValue(), 75);
+    EXPECT_EQ(fresh("75")->longValue(), 75);
+    EXPECT_EQ(fresh("75")->doubleValue(), 75.0);
+    EXPECT_EQ(fresh(text)->intValue(), 7);
+    EXPECT_EQ(fresh(text)->longlongValue(), 7);
+}
+
+TEST(DefaultConverter, AnswersWithoutTouchingErrno) {
+    for (std::string_view const text :
+         {"5", "12.5", "1.0e3", "9223372036854775808", "1e400", "0x10", "007"}) {
+        SCOPED_TRACE(text);
+        RefCountedPtr<NumberData> const value = number(text);
+        errno = EDOM;
+        value->intValue();
+        EXPECT_EQ(errno, EDOM);
+        value->doubleValue();
+        EXPECT_EQ(errno, EDOM);
+    }
+}
+
+TEST(DefaultConverter, TellsADoubleOutOfRangeAtOnce) {
+    std::string longest = "0.";
+    longest.append(400, '0');
+    longest += '1';
+    for (std::string const & text : {std::string("1e400"), longest}) {
+        errno = 0;
+        RefCountedPtr<NumberData> const value = number(text);
+        EXPECT_EQ(errno, ERANGE) << text;
+        EXPECT_EQ(value->asString(), textOf(text));
+    }
+}
+
+TEST(DefaultConverter, ReadsRandomDoublesAsTheLibraryOfTheSystemDoes) {
+    constexpr unsigned int SEED = 6;
+    std::mt19937_64 random(SEED);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text = random() % 2 == 0 ? "" : "-";
+        std::size_t const digits = 2 + random() % 25;
+        std::size_t const point = 1 + random() % (digits - 1);
+        for (std::size_t i = 0; i < digits; ++i) {
+            text += i == point ? "." : "";
+            text += static_cast<char>('0' + random() % 10);
+        }
+        if (random() % 4 == 0) {
+            text += 'e';
+            text += std::to_string(static_cast<int>(random() % 700) - 350);
+        }
+        ASSERT_EQ(number(text)->doubleValue(), tvk::platform::parseDouble(text.c_str()))
+            << text << ", seed " << SEED;
+    }
+}
+
+// Nothing orders the threads but their start and their end, which ThreadSanitizer sees.
+TEST(DefaultConverter, NumbersAreReadOnSeveralThreads) {
+    for (int round = 0; round < 200; ++round) {
+        std::string const text = std::to_string(round) + ".25";
+        RefCountedPtr<NumberData> const value = number(text);
+        NumberData const & shared = *value;
+        auto const read = [&shared, round] {
+            EXPECT_EQ(shared.doubleValue(), round + 0.25);
+            EXPECT_EQ(shared.intValue(), round);
+            EXPECT_EQ(shared.asString().GetLength(), shared.toString().GetLength());
+        };
+        std::thread first(read);
+        std::thread second(read);
+        first.join();
+        second.join();
+    }
+}
+
+TEST(DefaultConverter, MakesAValueInOneBlock) {
+    if (!AllocationCounter::available()) {
+        GTEST_SKIP() << "allocations are not counted here";
+    }
+    SimpleObjectCache cache(&converter(), 1024);
+    auto const allocations = [](auto const & lookUp) {
+        AllocationCounter const counter;
+        RefCountedPtr<FieldValue> const value = lookUp();
+        return counter.count();
+    };
+    auto const ofString = [&](std::string const & text) {
+        return allocations([&] {
+            auto const size = static_cast<unsigned int>(text.size());
+            return cache.cachedString(SimpleObjectCache::hashCode(text.data(), size), text.data(),
+                                      size);
+        });
+    };
+    for (std::string const & text :
+         {std::string(), std::string("x"), std::string("20140102-000017"), std::string(41, 'k'),
+          std::string(5000, 'l'), std::string("\xE6\x97\xA5\xE6\x9C\xAC")}) {
+        EXPECT_EQ(ofString(text), 1) << text;
+        EXPECT_EQ(ofString(text), 0) << text;
+    }
+    char const price[] = "1234.5";
+    auto const ofNumber = [&](char const * fraction) {
+        return allocations([&] { return cache.cachedNumber(7, price, 6, fraction, nullptr); });
+    };
+    EXPECT_EQ(ofNumber(price + 4), 1);
+    EXPECT_EQ(ofNumber(price + 4), 0);
+    EXPECT_EQ(cache.fastHitCount(), 7u);
+}
+
+TEST(DefaultConverter, LongKeysStayWhateverBecomesOfTheText) {
+    SimpleObjectCache cache(&converter(), 1024);
+    for (std::string const & key : {std::string(100, 'k'), std::string(100, '\xB1')}) {
+        auto const lookUp = [&] { return cache.cachedString(3, key.data(), 100); };
+        RefCountedPtr<FieldValue> const value = lookUp();
+        CString const text = value->asString();
+        static_cast<tvk::StringData &>(*value) = CString("against the rules");
+        EXPECT_EQ(lookUp(), value);
+        cache.setCapacity(2048);
+        EXPECT_EQ(lookUp(), value);
+        cache.clear();
+        EXPECT_NE(lookUp(), value);
+    }
+}
+
+TEST(DefaultConverter, ManyValuesComeAndGoInASmallCache) {
+    UsingCodePage const using_(932);
+    constexpr unsigned int SEED = 7;
+    std::mt19937 random(SEED);
+    SimpleObjectCache cache(&converter(), 64);
+    std::vector<RefCountedPtr<FieldValue>> kept(50);
+    std::vector<CString> texts(50);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text(random() % 3 == 0 ? random() % 80 : random() % 8, 'k');
+        text += random() % 5 == 0 ? "\xE6\x97\xA5" : std::to_string(random() % 300);
+        ExactBuffer const bytes(text);
+        unsigned int const hash = SimpleObjectCache::hashCode(bytes.data(), bytes.length());
+        RefCountedPtr<FieldValue> const value =
+            random() % 3 == 0
+                ? cache.cachedNumber(hash, bytes.data(), bytes.length(), nullptr, nullptr)
+                : cache.cachedString(hash, bytes.data(), bytes.length());
+        CString const expected = value->getFieldType() == FLDTYPE_NUMBER
+                                     ? textOf(text)
+                                     : tvk::platform::utf8ToAnsi(bytes.data(), bytes.length());
+        ASSERT_EQ(value->asString(), expected) << "round " << round << ", seed " << SEED;
+        kept[random() % kept.size()] = value;
+        texts[random() % texts.size()] = value->asString();
+    }
 }
 
 }  // namespace

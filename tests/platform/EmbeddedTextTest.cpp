@@ -23,31 +23,27 @@ public:
     static constexpr std::size_t OBJECT_SIZE = 24;
 
     explicit Holder(std::string_view text)
-        : room_(room(text)), text_(EmbeddedText::textIn(room_)) {}
+        : block_(std::malloc(EmbeddedText::blockSize(OBJECT_SIZE, text.size()))) {
+        std::memcpy(room(), text.data(), text.size());
+        text_ =
+            EmbeddedText::firstText(block_, OBJECT_SIZE, static_cast<unsigned int>(text.size()));
+    }
     Holder(Holder const &) = delete;
     Holder & operator=(Holder const &) = delete;
     ~Holder() {
         text_.Empty();
-        EmbeddedText::leave(room_);
+        EmbeddedText::leave(room());
     }
 
     CString const & text() const { return text_; }
-    char const * room() const { return room_; }
+    char * room() const { return EmbeddedText::roomIn(block_, OBJECT_SIZE); }
 
 private:
-    static char * room(std::string_view text) {
-        void * const block = std::malloc(EmbeddedText::blockSize(OBJECT_SIZE, text.size()));
-        char * const room =
-            EmbeddedText::prepare(block, OBJECT_SIZE, static_cast<unsigned int>(text.size()));
-        std::memcpy(room, text.data(), text.size());
-        return room;
-    }
-
-    char * room_;
+    void * block_;
     CString text_;
 };
 
-/// Copies of the text `original` that outlive the object, where `outlives`, or go before it.
+/// A copy of the text of a new object; `holder` is that, or null where the copy is to outlive it.
 CString copyOf(std::string_view original, bool outlives, Holder *& holder) {
     holder = new Holder(original);
     CString copy = holder->text();
@@ -77,26 +73,16 @@ TEST(EmbeddedText, IsSharedByItsCopies) {
     EXPECT_EQ(another.GetString(), holder.room());
 }
 
-TEST(EmbeddedText, CanBeCutBeforeItIsGiven) {
-    void * const block = std::malloc(EmbeddedText::blockSize(Holder::OBJECT_SIZE, 10));
-    char * const room = EmbeddedText::prepare(block, Holder::OBJECT_SIZE, 10);
-    std::memcpy(room, "0123456789", 10);
-    EmbeddedText::setLength(room, 4);
-    CString const text = EmbeddedText::textIn(room);
-    EmbeddedText::leave(room);
-    EXPECT_EQ(text, "0123");
-}
-
 TEST(EmbeddedText, KnowsWhetherTheObjectHasItAlone) {
     Holder const holder("abc");
-    EXPECT_TRUE(EmbeddedText::isOnlyTextOf(holder.room(), holder.text()));
+    EXPECT_TRUE(EmbeddedText::isAlone(holder.room(), holder.text()));
     CString const same = "abc";
-    EXPECT_FALSE(EmbeddedText::isOnlyTextOf(holder.room(), same));
+    EXPECT_FALSE(EmbeddedText::isAlone(holder.room(), same));
     {
         CString const copy = holder.text();
-        EXPECT_FALSE(EmbeddedText::isOnlyTextOf(holder.room(), holder.text()));
+        EXPECT_FALSE(EmbeddedText::isAlone(holder.room(), holder.text()));
     }
-    EXPECT_TRUE(EmbeddedText::isOnlyTextOf(holder.room(), holder.text()));
+    EXPECT_TRUE(EmbeddedText::isAlone(holder.room(), holder.text()));
 }
 
 struct Change {

@@ -1,94 +1,133 @@
 #include <cerrno>
-#include <cstdint>
-#include <cstring>
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
 #include <new>
 
 #include "tvk/json/SimpleObjectCache.h"
 #include "tvk/platform/CodePage.h"
-#include "tvk/platform/Numbers.h"
+#include "tvk/platform/CopyBytes.h"
 #include "tvk/values/NumberData.h"
 #include "tvk/values/StringData.h"
+#include "tvk/values/detail/OneBlock.h"
 
 namespace tvk {
 
 namespace {
 
-bool isAscii(char const * text, unsigned int size) {
-    constexpr std::uint64_t HIGH_BITS = 0x8080808080808080;
-    std::uint64_t seen = 0;
-    for (; size >= 8; text += 8, size -= 8) {
-        std::uint64_t word;
-        std::memcpy(&word, text, 8);
-        seen |= word;
+using String = detail::OneBlock<StringData>;
+using Number = detail::OneBlock<NumberData>;
+
+constexpr unsigned int MAXIMUM_LENGTH = std::numeric_limits<int>::max();
+
+/// The string of the first `length` bytes in the room, behind which there may be more room.
+StringData * stringIn(void * block, std::size_t length) {
+    if (length > MAXIMUM_LENGTH) {
+        std::free(block);
+        return nullptr;
     }
-    for (; size != 0; ++text, --size) {
-        seen |= static_cast<unsigned char>(*text);
-    }
-    return (seen & HIGH_BITS) == 0;
+    return String::make(block, static_cast<unsigned int>(length));
 }
 
-/// What base 0 reads as decimal and what cannot overflow: a minus sign or none, then up to 18 digits
-/// without a leading zero.
-bool parsePlainInteger(char const * text, unsigned int size, long long * value) {
-    constexpr unsigned int MAXIMUM_DIGITS = 18;
-    bool const negative = size != 0 && text[0] == '-';
-    char const * const digits = negative ? text + 1 : text;
-    unsigned int const count = negative ? size - 1 : size;
-    if (count - 1 >= MAXIMUM_DIGITS || (digits[0] == '0' && count != 1)) {
-        return false;
+/// Null, and no block, where memory is out.
+void * resized(void * block, std::size_t length) {
+    void * const other = std::realloc(block, String::blockSize(length));
+    if (other == nullptr) {
+        std::free(block);
     }
-    long long number = 0;
-    for (unsigned int i = 0; i < count; ++i) {
-        auto const digit = static_cast<unsigned char>(digits[i] - '0');
-        if (digit > 9) {
-            return false;
+    return other;
+}
+
+/// The code page's text of bytes that are not all ASCII. `block` has room for as many bytes.
+StringData * stringOfUtf8(void const * data, unsigned int size, void * block) {
+    constexpr unsigned int MOST_ON_STACK = 512;
+    constexpr std::size_t ROOM = platform::UTF8_TO_ANSI_ROOM;
+    if (size > MOST_ON_STACK) {
+        constexpr std::size_t MAXIMUM_SIZE = std::numeric_limits<std::size_t>::max() / 2 / ROOM;
+        if (std::size_t{size} > MAXIMUM_SIZE) {
+            std::free(block);
+            return nullptr;
         }
-        number = number * 10 + digit;
+        void * const larger = resized(block, size * ROOM);
+        if (larger == nullptr) {
+            return nullptr;
+        }
+        std::size_t const length = platform::utf8ToAnsi(data, size, String::roomIn(larger));
+        void * const cut = std::realloc(larger, String::blockSize(length));
+        return stringIn(cut == nullptr ? larger : cut, length);
     }
-    *value = negative ? -number : number;
-    return true;
+    char text[MOST_ON_STACK * ROOM];
+    std::size_t const length = platform::utf8ToAnsi(data, size, text);
+    void * const fitting = length > size ? resized(block, length) : block;
+    if (fitting == nullptr) {
+        return nullptr;
+    }
+    platform::copyBytes(String::roomIn(fitting), text, length);
+    return stringIn(fitting, length);
 }
 
-long long parseInteger(CString const & text) {
-    errno = 0;
-    long long value = 0;
-    if (parsePlainInteger(text, static_cast<unsigned int>(text.GetLength()), &value)) {
-        return value;
+StringData * emptyString() {
+    try {
+        return new StringData;
+    } catch (std::bad_alloc const &) {
+        return nullptr;
     }
-    return platform::parseInt64(text, 0);
 }
 
-NumberData * newNumber(CString const & text, bool isInteger) {
-    return isInteger ? new NumberData(parseInteger(text))
-                     : new NumberData(platform::parseDouble(text));
+/// What stands nowhere reads as 0, and its text form is empty.
+NumberData * emptyNumber(bool isInteger) {
+    try {
+        NumberData * const number = isInteger ? new NumberData(0LL) : new NumberData(0.0);
+        number->setStringRep(CString());
+        return number;
+    } catch (std::bad_alloc const &) {
+        return nullptr;
+    }
+}
+
+/// Whether reading a number would tell of one out of range, through errno. Without an exponent that takes
+/// many digits: 17 are below 2^63 in every base that integers are read in, and 200 below the largest
+/// and above the smallest double.
+bool mayBeOutOfRange(unsigned int size, bool isInteger, bool hasExponent) {
+    constexpr unsigned int SAFE_INTEGER_SIZE = 17;
+    constexpr unsigned int SAFE_DOUBLE_SIZE = 200;
+    return hasExponent || size > (isInteger ? SAFE_INTEGER_SIZE : SAFE_DOUBLE_SIZE);
 }
 
 }  // namespace
 
 FieldValue * SimpleObjectCache::DefaultRawDataToObjectConverter::stringFromRawData(
     void const * data, unsigned int size) {
-    try {
-        auto const * const text = static_cast<char const *>(data);
-        return isAscii(text, size) ? new StringData(text, size)
-                                   : new StringData(platform::utf8ToAnsi(data, size));
-    } catch (std::bad_alloc const &) {
+    if (size == 0) {
+        return emptyString();
+    }
+    void * const block = size <= MAXIMUM_LENGTH ? String::allocate(size) : nullptr;
+    if (block == nullptr) {
         return nullptr;
     }
+    auto const * const text = static_cast<char const *>(data);
+    if (platform::areAscii(platform::copyBytes(String::roomIn(block), text, size))) {
+        return String::make(block, size);
+    }
+    return stringOfUtf8(data, size, block);
 }
 
 FieldValue * SimpleObjectCache::DefaultRawDataToObjectConverter::numberFromRawData(
     void const * data, unsigned int size, void const * fractionStart, void const * exponentStart) {
     bool const isInteger = fractionStart == nullptr && exponentStart == nullptr;
-    NumberData * number = nullptr;
-    try {
-        CString const text(static_cast<char const *>(data), static_cast<int>(size));
-        number = newNumber(text, isInteger);
-        number->setStringRep(text);
-        return number;
-    } catch (std::bad_alloc const &) {
-        RefCountedPtr<NumberData> const endOfWhatWasMade(number);
+    if (isInteger) {
+        errno = 0;
+    }
+    if (size == 0) {
+        return emptyNumber(isInteger);
+    }
+    void * const block = size <= MAXIMUM_LENGTH ? Number::allocate(size) : nullptr;
+    if (block == nullptr) {
         return nullptr;
     }
+    platform::copyBytes(Number::roomIn(block), static_cast<char const *>(data), size);
+    bool const isReadAtOnce = mayBeOutOfRange(size, isInteger, exponentStart != nullptr);
+    return Number::make(block, size, isInteger, isReadAtOnce);
 }
 
 SimpleObjectCache::RawDataToObjectConverter * SimpleObjectCache::defaultRawDataConverter() {

@@ -19,6 +19,7 @@
 #include "tvk/json/detail/ReadyNames.h"
 #include "tvk/platform/CodePage.h"
 #include "tvk/values/detail/FieldMap.h"
+#include "tvk/values/detail/OneBlock.h"
 #include "tvk/values/detail/OwnValues.h"
 
 namespace tvk {
@@ -300,11 +301,11 @@ private:
         // By address: where two modules have a description of one class each, the value is taken for
         // one of another class, which gives the same by the calls of its interface.
         std::type_info const * const type = &typeid(*value);
-        if (type == &typeid(StringData)) {
+        if (type == &typeid(detail::OneBlock<StringData>) || type == &typeid(StringData)) {
             return writeString(detail::OwnValues::text(static_cast<StringData const &>(*value)),
                                out);
         }
-        if (type == &typeid(NumberData)) {
+        if (type == &typeid(detail::OneBlock<NumberData>) || type == &typeid(NumberData)) {
             return writeNumber(static_cast<NumberData const &>(*value), out);
         }
         return writeOtherValue(*value, out, inner);

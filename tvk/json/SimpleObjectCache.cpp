@@ -9,6 +9,8 @@
 #include <new>
 #include <utility>
 
+#include "tvk/json/detail/CacheLookup.h"
+
 namespace tvk {
 
 namespace {
@@ -16,131 +18,61 @@ namespace {
 /// One for each attempt. The slot of the last one is computed and never looked at.
 constexpr unsigned int PROBE_MULTIPLIERS[SimpleObjectCache::MAX_HASH_ATTEMPTS] = {3, 5, 7, 11};
 
-/// What a multiplier of the table above is applied to.
-unsigned int probeStep(unsigned int size, FieldTypeEnum type) {
-    return size + 3 + static_cast<unsigned int>(type);
-}
-
-template <class Word>
-bool sameWord(char const * left, char const * right) {
-    Word leftWord;
-    Word rightWord;
-    std::memcpy(&leftWord, left, sizeof(Word));
-    std::memcpy(&rightWord, right, sizeof(Word));
-    return leftWord == rightWord;
-}
-
-/// Keys are short: a call of memcmp costs more than the comparison. Words overlap at the end.
-inline bool sameBytes(void const * leftBytes, void const * rightBytes, unsigned int size) {
-    auto const * const left = static_cast<char const *>(leftBytes);
-    auto const * const right = static_cast<char const *>(rightBytes);
-    if (size > 32) {
-        return std::memcmp(left, right, size) == 0;
-    }
-    if (size >= 8) {
-        for (unsigned int at = 0; at + 8 < size; at += 8) {
-            if (!sameWord<std::uint64_t>(left + at, right + at)) {
-                return false;
-            }
-        }
-        return sameWord<std::uint64_t>(left + size - 8, right + size - 8);
-    }
-    if (size >= 4) {
-        return sameWord<std::uint32_t>(left, right) &&
-               sameWord<std::uint32_t>(left + size - 4, right + size - 4);
-    }
-    if (size >= 2) {
-        return sameWord<std::uint16_t>(left, right) && left[size - 1] == right[size - 1];
-    }
-    return size == 0 || left[0] == right[0];
-}
-
-struct FreeMemory {
-    void operator()(void * memory) const { std::free(memory); }
-};
+/// What a multiplier of the table above is applied to. The kind in a slot is one above the type.
+unsigned int probeStep(unsigned int size, unsigned int kind) { return size + 2 + kind; }
 
 template <class Element>
-using MallocArray = std::unique_ptr<Element[], FreeMemory>;
-
-template <class Element>
-MallocArray<Element> zeroedArray(unsigned int count) {
-    MallocArray<Element> array(static_cast<Element *>(std::calloc(count, sizeof(Element))));
-    if (array == nullptr) {
+Element * zeroed(std::size_t count) {
+    void * const memory = std::calloc(count, sizeof(Element));
+    if (memory == nullptr) {
         throw std::bad_alloc();
     }
-    return array;
+    return static_cast<Element *>(memory);
 }
 
-/// Gives memory back; where that fails, the larger block goes on serving.
+/// The same at a multiple of the alignment, which is more than calloc cares for. In front of the result
+/// stands where the memory starts.
 template <class Element>
-Element * shrunkArray(Element * array, unsigned int count) {
-    void * const shrunk = std::realloc(static_cast<void *>(array), count * sizeof(Element));
-    return shrunk == nullptr ? array : static_cast<Element *>(shrunk);
+Element * zeroedAligned(std::size_t count) {
+    static_assert(sizeof(Element) == alignof(Element));
+    Element * const memory = zeroed<Element>(count + 1);
+    std::size_t const beyond = reinterpret_cast<std::uintptr_t>(memory) % sizeof(Element);
+    char * const aligned = reinterpret_cast<char *>(memory + 1) - beyond;
+    std::memcpy(aligned - sizeof memory, &memory, sizeof memory);
+    return reinterpret_cast<Element *>(aligned);
+}
+
+template <class Element>
+void freeAligned(Element * aligned) {
+    if (aligned != nullptr) {
+        void * memory;
+        std::memcpy(&memory, reinterpret_cast<char *>(aligned) - sizeof memory, sizeof memory);
+        std::free(memory);
+    }
 }
 
 }  // namespace
 
-/// A slot. Free, without a value, or occupied, with one. Short keys stand in the slot: most
-/// are, and a hit then reads one place less and a miss allocates once less.
-struct SimpleObjectCache::Entry {
-    FieldValue * value;
-    unsigned int hash;
-    unsigned int keySize;
-    FieldTypeEnum type;  // of the value, so that a comparison need not ask it
-    union {
-        char shortKey[40];
-        char * longKey;  // from malloc
-    };
-
-    bool isFree() const { return value == nullptr; }
-
-    bool matches(FieldTypeEnum wantedType, unsigned int wantedHash, void const * data,
-                 unsigned int size) const {
-        return hash == wantedHash && keySize == size && type == wantedType &&
-               sameBytes(hasLongKey() ? longKey : shortKey, data, size);
-    }
-
-    void fill(unsigned int newHash, void const * data, unsigned int size, FieldValue * newValue) {
-        FieldTypeEnum const newType = newValue->getFieldType();
-        keySize = size;
-        if (size != 0) {
-            std::memcpy(hasLongKey() ? newLongKey() : shortKey, data, size);
-        }
-        hash = newHash;
-        type = newType;
-        value = newValue;
-        newValue->addRef();
-    }
-
-    void empty() {
-        Entry const old = std::exchange(*this, Entry());
-        if (old.hasLongKey()) {
-            std::free(old.longKey);
-        }
-        old.value->removeRef();
-    }
-
-private:
-    bool hasLongKey() const { return keySize > sizeof shortKey; }
-
-    char * newLongKey() {
-        longKey = static_cast<char *>(std::malloc(keySize));
-        if (longKey == nullptr) {
-            throw std::bad_alloc();
-        }
-        return longKey;
-    }
-};
-
 /// The two arrays of a table, all zero, until the cache takes them over.
-struct SimpleObjectCache::Arrays {
+class SimpleObjectCache::Arrays {
+public:
     explicit Arrays(unsigned int capacity)
-        : entries(zeroedArray<Entry>(capacity)), usage(zeroedArray<unsigned char>(capacity)) {
+        : entries_(zeroedAligned<Entry>(capacity)), usage_(zeroed<unsigned char>(capacity)) {
         assert(std::has_single_bit(capacity));
     }
 
-    MallocArray<Entry> entries;
-    MallocArray<unsigned char> usage;
+    Entry & operator[](unsigned int slot) { return entries_.get()[slot]; }
+    Entry * releaseEntries() { return entries_.release(); }
+    unsigned char * releaseUsage() { return usage_.release(); }
+
+private:
+    struct Free {
+        void operator()(Entry * entries) const { freeAligned(entries); }
+        void operator()(unsigned char * usage) const { std::free(usage); }
+    };
+
+    std::unique_ptr<Entry, Free> entries_;
+    std::unique_ptr<unsigned char, Free> usage_;
 };
 
 SimpleObjectCache::RawDataToObjectConverter::~RawDataToObjectConverter() = default;
@@ -156,20 +88,20 @@ SimpleObjectCache::SimpleObjectCache(RawDataToObjectConverter * converter, unsig
 
 SimpleObjectCache::~SimpleObjectCache() {
     clear();
-    std::free(entries_);
+    freeAligned(entries_);
     std::free(usage_);
 }
 
 RefCountedPtr<FieldValue> SimpleObjectCache::cachedString(unsigned int hash, void const * data,
                                                           unsigned int size) {
-    return internalCachedObject(FLDTYPE_STRING, hash, data, size, nullptr, nullptr);
+    return detail::CacheLookup::cachedString(*this, hash, data, size);
 }
 
 RefCountedPtr<FieldValue> SimpleObjectCache::cachedNumber(unsigned int hash, void const * data,
                                                           unsigned int size,
                                                           void const * fractionStart,
                                                           void const * exponentStart) {
-    return internalCachedObject(FLDTYPE_NUMBER, hash, data, size, fractionStart, exponentStart);
+    return detail::CacheLookup::cachedNumber(*this, hash, data, size, fractionStart, exponentStart);
 }
 
 unsigned int SimpleObjectCache::hashCode(void const * data, unsigned int size) {
@@ -196,7 +128,7 @@ unsigned int SimpleObjectCache::nextHash(unsigned int hash, void const * data, i
 void SimpleObjectCache::clear() {
     for (unsigned int slot = 0; slot < objectCapacity_; ++slot) {
         if (!entries_[slot].isFree()) {
-            entries_[slot].empty();
+            empty(entries_[slot]);
         }
     }
     std::memset(usage_, 0, objectCapacity_);
@@ -216,15 +148,15 @@ void SimpleObjectCache::setCapacity(unsigned int capacity) {
         }
         unsigned int slot = entry.hash & mask;
         for (unsigned int const multiplier : PROBE_MULTIPLIERS) {
-            if (arrays.entries[slot].isFree()) {
-                arrays.entries[slot] = std::exchange(entry, Entry());
+            if (arrays[slot].isFree()) {
+                arrays[slot] = std::exchange(entry, Entry());
                 ++kept;
                 break;
             }
-            slot = (entry.hash + probeStep(entry.keySize, entry.type) * multiplier) & mask;
+            slot = (entry.hash + probeStep(entry.keySize, entry.kind) * multiplier) & mask;
         }
         if (!entry.isFree()) {
-            entry.empty();
+            empty(entry);
         }
     }
     objectCount_ = kept;
@@ -235,45 +167,45 @@ void SimpleObjectCache::setCapacity(unsigned int capacity) {
 
 void SimpleObjectCache::purgeMemory() {
     clear();
-    if (objectCapacity_ < MIN_OBJECT_CACHE_SIZE) {
-        setCapacity(MIN_OBJECT_CACHE_SIZE);
-        return;
+    try {
+        Arrays arrays(MIN_OBJECT_CACHE_SIZE);
+        replaceArrays(arrays, MIN_OBJECT_CACHE_SIZE);
+    } catch (std::bad_alloc const &) {
+        if (objectCapacity_ < MIN_OBJECT_CACHE_SIZE) {
+            throw;
+        }
+        objectCapacity_ = MIN_OBJECT_CACHE_SIZE;  // the larger arrays go on serving
     }
-    entries_ = shrunkArray(entries_, MIN_OBJECT_CACHE_SIZE);
-    usage_ = shrunkArray(usage_, MIN_OBJECT_CACHE_SIZE);
-    objectCapacity_ = MIN_OBJECT_CACHE_SIZE;
+}
+
+RefCountedPtr<FieldValue> SimpleObjectCache::internalCachedString(unsigned int hash,
+                                                                  void const * data,
+                                                                  unsigned int size) {
+    return internalCachedObject(FLDTYPE_STRING, hash, data, size, nullptr, nullptr);
+}
+
+RefCountedPtr<FieldValue> SimpleObjectCache::internalCachedNumber(unsigned int hash,
+                                                                  void const * data,
+                                                                  unsigned int size,
+                                                                  void const * fractionStart,
+                                                                  void const * exponentStart) {
+    return internalCachedObject(FLDTYPE_NUMBER, hash, data, size, fractionStart, exponentStart);
 }
 
 RefCountedPtr<FieldValue> SimpleObjectCache::internalCachedObject(
     FieldTypeEnum type, unsigned int hash, void const * data, unsigned int size,
     void const * fractionStart, void const * exponentStart) {
-    auto const converted = [&] {
-        RefCountedPtr<FieldValue> value =
-            type == FLDTYPE_STRING
-                ? converter_->stringFromRawData(data, size)
-                : converter_->numberFromRawData(data, size, fractionStart, exponentStart);
-        if (value.isNull()) {
-            throw std::bad_alloc();
-        }
-        return value;
-    };
-
     unsigned int const mask = objectCapacity_ - 1;
-    unsigned int const step = probeStep(size, type);
-    unsigned int slot = hash & mask;
+    unsigned int const step = probeStep(size, Entry::kindOf(type));
+    unsigned int slot = firstSlot(hash);
     Entry * victim = nullptr;
     for (unsigned int const multiplier : PROBE_MULTIPLIERS) {
         Entry & entry = entries_[slot];
-        if (entry.isFree()) {
-            RefCountedPtr<FieldValue> value = converted();
-            entry.fill(hash, data, size, value.get());
-            ++objectCount_;
-            return value;
-        }
         if (entry.matches(type, hash, data, size)) {
-            ++fastHits_;
-            usage_[slot] = static_cast<unsigned char>(usage_[slot] * 2 + 1);
-            return entry.value;
+            return hit(slot);
+        }
+        if (entry.isFree()) {
+            return newObject(&entry, type, hash, data, size, fractionStart, exponentStart);
         }
         ++conflicts_;
         if (victim == nullptr) {
@@ -287,18 +219,76 @@ RefCountedPtr<FieldValue> SimpleObjectCache::internalCachedObject(
         }
         slot = (hash + step * multiplier) & mask;
     }
+    return newObject(victim, type, hash, data, size, fractionStart, exponentStart);
+}
 
-    if (victim == nullptr) {
-        return converted();
-    }
+RefCountedPtr<FieldValue> SimpleObjectCache::newObject(Entry * place, FieldTypeEnum type,
+                                                       unsigned int hash, void const * data,
+                                                       unsigned int size,
+                                                       void const * fractionStart,
+                                                       void const * exponentStart) {
     // The old value goes before the new one is made, so the two never take up memory together. The
     // slot counts as free until it is filled: the conversion and the key's copy may throw.
-    victim->empty();
-    --objectCount_;
-    RefCountedPtr<FieldValue> value = converted();
-    victim->fill(hash, data, size, value.get());
-    ++objectCount_;
+    if (place != nullptr && !place->isFree()) {
+        empty(*place);
+        --objectCount_;
+    }
+    RefCountedPtr<FieldValue> value =
+        type == FLDTYPE_STRING
+            ? converter_->stringFromRawData(data, size)
+            : converter_->numberFromRawData(data, size, fractionStart, exponentStart);
+    if (value.isNull()) {
+        throw std::bad_alloc();
+    }
+    if (place != nullptr) {
+        fill(*place, hash, data, size, value.get());
+        ++objectCount_;
+    }
     return value;
+}
+
+void SimpleObjectCache::fill(Entry & entry, unsigned int hash, void const * data, unsigned int size,
+                             FieldValue * value) const {
+    unsigned int const kind = Entry::kindOf(value->getFieldType());
+    if (size > Entry::SHORT_KEY_ROOM) {
+        entry.longKey = longKey(data, size, *value, entry.ownsLongKey);
+    } else if (size != 0) {
+        std::memcpy(entry.shortKey, data, size);
+    }
+    entry.keySize = size;
+    entry.hash = hash;
+    entry.kind = kind;
+    entry.value = value;
+    value->addRef();
+}
+
+/// The text of the value where that has the same bytes, else a copy. The default converter's texts stay
+/// where and as they are while the value lives.
+char const * SimpleObjectCache::longKey(void const * data, unsigned int size,
+                                        FieldValue const & value, bool & owned) const {
+    if (converter_ == defaultRawDataConverter()) {
+        CString const & text = value.asString();
+        if (static_cast<unsigned int>(text.GetLength()) == size &&
+            std::memcmp(text.GetString(), data, size) == 0) {
+            owned = false;
+            return text.GetString();
+        }
+    }
+    auto * const copy = static_cast<char *>(std::malloc(size));
+    if (copy == nullptr) {
+        throw std::bad_alloc();
+    }
+    std::memcpy(copy, data, size);
+    owned = true;
+    return copy;
+}
+
+void SimpleObjectCache::empty(Entry & entry) {
+    Entry const old = std::exchange(entry, Entry());
+    if (old.keySize > Entry::SHORT_KEY_ROOM && old.ownsLongKey) {
+        std::free(const_cast<char *>(old.longKey));
+    }
+    old.value->removeRef();
 }
 
 /// One step of the feedback shift register, and the slot it falls on loses half of its history.
@@ -314,10 +304,10 @@ void SimpleObjectCache::age() {
 }
 
 void SimpleObjectCache::replaceArrays(Arrays & arrays, unsigned int capacity) {
-    std::free(entries_);
+    freeAligned(entries_);
     std::free(usage_);
-    entries_ = arrays.entries.release();
-    usage_ = arrays.usage.release();
+    entries_ = arrays.releaseEntries();
+    usage_ = arrays.releaseUsage();
     objectCapacity_ = capacity;
 }
 

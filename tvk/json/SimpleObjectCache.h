@@ -6,6 +6,10 @@
 
 namespace tvk {
 
+namespace detail {
+class CacheLookup;
+}
+
 /// Shares the strings and numbers that repeat from message to message: given raw bytes and their
 /// hash, it gives one immutable value object for them. A table of fixed size with four probes a
 /// look-up and a second chance for what was hit lately; where no slot is free or old, a value is
@@ -87,13 +91,32 @@ public:
     void purgeMemory();
 
 private:
+    friend class detail::CacheLookup;
     struct Entry;
-    struct Arrays;
+    class Arrays;
 
+    // The whole look-up, for what is not found at once in the first slot. The first two take what the
+    // public operations take, so that these need no frame of their own.
+    RefCountedPtr<FieldValue> internalCachedString(unsigned int hash, void const * data,
+                                                   unsigned int size);
+    RefCountedPtr<FieldValue> internalCachedNumber(unsigned int hash, void const * data,
+                                                   unsigned int size, void const * fractionStart,
+                                                   void const * exponentStart);
     RefCountedPtr<FieldValue> internalCachedObject(FieldTypeEnum type, unsigned int hash,
                                                    void const * data, unsigned int size,
                                                    void const * fractionStart,
                                                    void const * exponentStart);
+    /// Makes the value, and keeps it at `place` where that is not null.
+    RefCountedPtr<FieldValue> newObject(Entry * place, FieldTypeEnum type, unsigned int hash,
+                                        void const * data, unsigned int size,
+                                        void const * fractionStart, void const * exponentStart);
+    unsigned int firstSlot(unsigned int hash) const;
+    RefCountedPtr<FieldValue> hit(unsigned int slot);
+    void fill(Entry & entry, unsigned int hash, void const * data, unsigned int size,
+              FieldValue * value) const;
+    char const * longKey(void const * data, unsigned int size, FieldValue const & value,
+                         bool & owned) const;
+    static void empty(Entry & entry);
     void age();
     void replaceArrays(Arrays & arrays, unsigned int capacity);
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 #include <new>
 
 #include "tvk/platform/CString.h"
@@ -12,17 +11,17 @@ namespace tvk::platform {
 /// text, then its bytes. Whoever goes last frees the block, the object or a copy of the text.
 ///
 ///     void * const block = std::malloc(EmbeddedText::blockSize(sizeof(Object), length));
-///     char * const room = EmbeddedText::prepare(block, sizeof(Object), length);
+///     char * const room = EmbeddedText::roomIn(block, sizeof(Object));
 ///     std::memcpy(room, bytes, length);
-///     new (block) Object(EmbeddedText::textIn(room));
+///     new (block) Object(EmbeddedText::firstText(block, sizeof(Object), length));
 ///
-/// Ownership: the one who prepares holds a count of its own besides those of the texts, so the text
-///            does not change while the object lives; leave() gives it up.
+/// Ownership: the object holds a count besides those of the texts, so the bytes stay where and as they
+///            are while it lives; leave() gives it up.
 /// Threads:   as CString.
 class EmbeddedText {
 public:
-    /// Places an object of so many bytes can stand at, right before the count.
-    static constexpr bool fits(std::size_t objectSize) {
+    /// Whether a count can stand right behind an object of so many bytes.
+    static constexpr bool fitsBehind(std::size_t objectSize) {
         return objectSize % alignof(CString::Block) == 0;
     }
 
@@ -30,42 +29,36 @@ public:
         return objectSize + sizeof(CString::Block) + length + 1;
     }
 
-    /// `block` comes from malloc. Returns the room for `length` bytes; the NUL behind it is set.
-    /// Requires: 0 < length <= 0x7fffffff.
-    static char * prepare(void * block, std::size_t objectSize, unsigned int length) noexcept {
-        char * const count = static_cast<char *>(block) + objectSize;
-        new (count) CString::Block{1, static_cast<int>(length), -static_cast<int>(objectSize)};
-        char * const room = count + sizeof(CString::Block);
+    static char * roomIn(void * block, std::size_t objectSize) noexcept {
+        return static_cast<char *>(block) + objectSize + sizeof(CString::Block);
+    }
+
+    /// Makes a text of the first `length` bytes in the room of `block`, which comes from malloc; the
+    /// object's own count is made with it. Requires: 0 < length <= 0x7fffffff.
+    static CString firstText(void * block, std::size_t objectSize, unsigned int length) noexcept {
+        constexpr int OBJECT_AND_TEXT = 2;
+        char * const room = roomIn(block, objectSize);
+        new (countOf(room)) CString::Block{OBJECT_AND_TEXT, static_cast<int>(length),
+                                           -static_cast<int>(objectSize)};
         room[length] = '\0';
-        return room;
+        return textOf(room);
     }
 
-    /// Cuts the text that nobody has yet. Requires: 0 < length <= that of prepare().
-    static void setLength(char * room, unsigned int length) noexcept {
-        countOf(room)->length = static_cast<int>(length);
-        room[length] = '\0';
-    }
-
-    /// The text, which is a copy like any other.
-    static CString textIn(char * room) noexcept {
-        CString text;
-        text.data_ = room;
-        text.share();
-        return text;
-    }
-
-    /// True where no text but `text` and the object's own count keep the block.
-    static bool isOnlyTextOf(char const * room, CString const & text) noexcept {
+    /// Whether `text` is the one in `room` and nobody else has it but the object.
+    static bool isAlone(char const * room, CString const & text) noexcept {
         return text.data_ == room && countOf(room)->references.load(std::memory_order_acquire) == 2;
     }
 
     /// Gives up the object's count; the object has been destroyed by now.
-    static void leave(char * room) noexcept {
-        CString last;
-        last.data_ = room;
-    }
+    static void leave(char * room) noexcept { CString const last = textOf(room); }
 
 private:
+    /// Takes over a count.
+    static CString textOf(char * room) noexcept {
+        CString text;
+        text.data_ = room;
+        return text;
+    }
     static CString::Block * countOf(char const * room) noexcept {
         return reinterpret_cast<CString::Block *>(const_cast<char *>(room) -
                                                   sizeof(CString::Block));

@@ -1,19 +1,26 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
+
 #include "tvk/values/FieldValue.h"
 
 namespace tvk {
 
 namespace detail {
 class OwnValues;
-}
+struct WithText;
+template <class Value>
+class OneBlock;
+}  // namespace detail
 
 /// A number, a 64-bit integer or a double, with a text form of its own.
 ///
 /// Text form: built when somebody first asks ("%lld", or "%f" with six decimals), unless setStringRep
 ///            has given one, which then wins for good. Numbers from the wire carry their wire text.
+///            The number itself is read from that text when somebody first asks.
 /// Threads:   asString() writes on its first use, so a number is shared between threads only after
-///            its text form has been built.
+///            its text form has been built. All else that is const may run on several threads.
 class TVK_API NumberData : public FieldValue {
 public:
     NumberData();
@@ -56,18 +63,25 @@ public:
 
 private:
     friend class detail::OwnValues;
-
+    template <class Value>
+    friend class detail::OneBlock;
+    NumberData(detail::WithText const &, CString && text, bool isInteger,
+               bool isReadAtOnce) noexcept;
     ~NumberData() override;
 
-    double bitsAsDouble() const;
+    std::uint64_t bits() const {
+        return isRead_.load(std::memory_order_acquire) ? bits_.load(std::memory_order_relaxed)
+                                                       : readBits();
+    }
+    std::uint64_t readBits() const;
+    std::uint64_t bitsInText() const;
 
     bool isInteger_;
     mutable bool hasStringRep_ = false;
+    // Every thread that finds the number unread comes to the same bits, so none waits for another.
+    mutable std::atomic<bool> isRead_{true};
     mutable CString stringRep_;
-    union {
-        long long integer_;
-        double double_;
-    };
+    mutable std::atomic<std::uint64_t> bits_;  // of the integer, or of the double
 };
 
 }  // namespace tvk

@@ -1,12 +1,17 @@
 #pragma once
 
+#include <utility>
+
 #include "tvk/values/FieldValue.h"
 
 namespace tvk {
 
 namespace detail {
 class OwnValues;
-}
+struct WithText;
+template <class Value>
+class OneBlock;
+}  // namespace detail
 
 /// A text value. Its bytes are not interpreted, but for the numeric accessors: those read the
 /// number that the text starts with, and give 0 where there is none.
@@ -47,7 +52,9 @@ public:
 
 private:
     friend class detail::OwnValues;
-
+    template <class Value>
+    friend class detail::OneBlock;
+    StringData(detail::WithText const &, CString && text) noexcept : text_(std::move(text)) {}
     ~StringData() override;
 
     CString text_;
