@@ -4,11 +4,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "fuzz/FuzzCheck.h"
 #include "tests/support/PathModel.h"
+#include "tests/support/ReferenceSplit.h"
 #include "tests/support/TextBytes.h"
 #include "tvk/agent/KestrinUtil.h"
 #include "tvk/json/JsonMessageParser.h"
@@ -32,7 +34,7 @@ void check(RecordData const & record, std::string_view path) {
     FUZZ_CHECK(KestrinUtil::getFieldValueWithPath(record, test::textOf(path)) == expected);
 
     std::vector<CString> segments;
-    for (std::string_view const segment : test::segmentsOf(path)) {
+    for (std::string const & segment : test::referenceSplit(std::string(path), "/")) {
         segments.push_back(test::textOf(segment));
     }
     auto const count = static_cast<unsigned int>(segments.size());

@@ -1,35 +1,22 @@
 #pragma once
 
+#include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "tests/support/NumberAtStart.h"
+#include "tests/support/ReferenceSplit.h"
 #include "tvk/values/ListData.h"
 #include "tvk/values/RecordData.h"
 
 namespace tvk::test {
 
-/// The pieces of a path; a "/" in front makes none.
-inline std::vector<std::string_view> segmentsOf(std::string_view path) {
-    if (path.substr(0, 1) == "/") {
-        path.remove_prefix(1);
-    }
-    std::vector<std::string_view> segments;
-    for (;;) {
-        std::size_t const end = path.find('/');
-        segments.push_back(path.substr(0, end));
-        if (end == std::string_view::npos) {
-            return segments;
-        }
-        path.remove_prefix(end + 1);
-    }
-}
-
 /// A plain model of paths: looks at every field, and calls itself for each piece behind the first.
 /// The result belongs to the record.
-inline FieldValue * valueAtSegments(RecordData const & record,
-                                    std::vector<std::string_view> segments) {
-    std::string_view name = segments.front();
+inline FieldValue * valueAtSegments(RecordData const & record, std::vector<std::string> segments) {
+    std::string const segment = segments.front();
+    std::string_view name = segment;
     std::string_view index;
     bool const indexed = name.find('[') != std::string_view::npos;
     if (indexed) {
@@ -69,7 +56,7 @@ inline FieldValue * valueAtSegments(RecordData const & record,
 }
 
 inline FieldValue * valueAtPath(RecordData const & record, std::string_view path) {
-    return valueAtSegments(record, segmentsOf(path));
+    return valueAtSegments(record, referenceSplit(std::string(path), "/"));
 }
 
 }  // namespace tvk::test
