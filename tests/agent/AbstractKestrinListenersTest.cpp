@@ -595,5 +595,44 @@ TEST(AbstractKestrinRandomListeners, FollowThePlainModel) {
     EXPECT_GT(heard, 5000u);
 }
 
+TEST(AbstractKestrinRandomListeners, AnswersDoNotDependOnWhatWasAskedBefore) {
+    constexpr std::size_t MANY = 40;
+    std::mt19937 random(7);
+    Log log;
+    std::vector<std::unique_ptr<RecordingListener>> all;
+    for (std::size_t i = 0; i < MANY; ++i) {
+        all.push_back(std::make_unique<RecordingListener>(log, ""));
+    }
+    Agent const agent = new RecordingAgent(log);
+    std::vector<KestrinListener *> model;
+    for (int step = 0; step < 20000; ++step) {
+        KestrinListener * const listener = all[random() % MANY].get();
+        auto const place = std::find(model.begin(), model.end(), listener);
+        switch (random() % 8) {
+            case 0:
+                agent->addKestrinListener(listener);
+                model.push_back(listener);
+                break;
+            case 1:
+                agent->removeKestrinListener(listener);
+                if (place != model.end()) {
+                    model.erase(place);
+                }
+                break;
+            case 2:  // one after the other, as a pass does
+                for (KestrinListener const * const each : model) {
+                    ASSERT_TRUE(agent->hasKestrinListener(each));
+                }
+                break;
+            default:
+                ASSERT_EQ(agent->hasKestrinListener(listener), place != model.end());
+        }
+        if (step % 5000 == 4999) {
+            agent->removeAllKestrinListeners();
+            model.clear();
+        }
+    }
+}
+
 }  // namespace
 }  // namespace tvk

@@ -3,6 +3,7 @@
 #include "tvk/agent/AbstractKestrin.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <new>
 
 #include "tvk/agent/KestrinListener.h"
@@ -75,12 +76,20 @@ void AbstractKestrin::addKestrinListener(KestrinListener * listener) {
     listeners_.push_back(listener);
 }
 
-std::vector<KestrinListener *> AbstractKestrin::getKestrinListeners() const {
-    return {listeners_.begin(), listeners_.end()};
-}
+std::vector<KestrinListener *> AbstractKestrin::getKestrinListeners() const { return listeners_; }
 
 bool AbstractKestrin::hasKestrinListener(KestrinListener const * listener) const {
-    return std::find(listeners_.begin(), listeners_.end(), listener) != listeners_.end();
+    // A pass of fire asks for one listener after the other.
+    std::size_t const guess = nextAskedFor_.load(std::memory_order_relaxed);
+    auto const place = guess < listeners_.size() && listeners_[guess] == listener
+                           ? listeners_.begin() + static_cast<std::ptrdiff_t>(guess)
+                           : std::find(listeners_.begin(), listeners_.end(), listener);
+    if (place == listeners_.end()) {
+        return false;
+    }
+    nextAskedFor_.store(static_cast<std::size_t>(place - listeners_.begin()) + 1,
+                        std::memory_order_relaxed);
+    return true;
 }
 
 void AbstractKestrin::removeKestrinListener(KestrinListener const * listener) {

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <list>
 #include <map>
 #include <memory>
+#include <unordered_map>
+#include <vector>
 
 #include "tvk/agent/InternalSubscriptionInfo.h"
 #include "tvk/agent/Kestrin.h"
@@ -165,8 +169,15 @@ private:
 
     RefCountedPtr<KestrinConfig> config_;
     mutable RefCountedPtr<PropertySet> properties_;  // null where the constructor got no memory
-    std::list<KestrinListener *> listeners_;
-    std::map<CString, std::list<KestrinNoticeMessageHandler *>> messageHandlers_;
+    struct CodeHash {
+        std::size_t operator()(CString const & code) const;
+    };
+
+    std::vector<KestrinListener *> listeners_;
+    // A guess of the place in listeners_ that is asked for next; atomic, so that asking stays reading.
+    mutable std::atomic<std::size_t> nextAskedFor_ = 0;
+    std::unordered_map<CString, std::list<KestrinNoticeMessageHandler *>, CodeHash>
+        messageHandlers_;
     std::map<CString, std::unique_ptr<InternalSubscriptionInfo>> subscriptions_;
     RefCountedPtr<KestrinErrorManager> errorManager_;
 };

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <new>
+#include <string_view>
 
 #include "tvk/agent/AbstractKestrin.h"
 #include "tvk/agent/KestrinNoticeMessageHandler.h"
@@ -22,6 +24,11 @@ constexpr std::size_t USUAL_POSSIBLE_HANDLERS = 16;
 constexpr std::size_t LONGEST_TEXT = std::numeric_limits<int>::max();
 
 }  // namespace
+
+std::size_t AbstractKestrin::CodeHash::operator()(CString const & code) const {
+    return std::hash<std::string_view>()(
+        {code.GetString(), static_cast<std::size_t>(code.GetLength())});
+}
 
 // Deliberate: nothing is escaped, so the pairs (a-b, c) and (a, b-c) are one. An agent whose types
 // or subjects hold a hyphen overrides this, for both tables at once.
