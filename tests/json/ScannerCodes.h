@@ -14,7 +14,7 @@ namespace tvk::test {
 inline std::vector<detail::ScanVariant const *> scanVariants() {
     std::vector<detail::ScanVariant const *> variants = {detail::scanVariantPlain()};
     for (detail::ScanVariant const * const variant :
-         {detail::scanVariantSse41(), detail::scanVariantAvx2()}) {
+         {detail::scanVariantSse41(), detail::scanVariantAvx2(), detail::scanVariantAvx512()}) {
         if (variant != nullptr) {
             variants.push_back(variant);
         }

@@ -6,9 +6,15 @@ namespace tvk {
 namespace detail {
 
 ScanVariant const & bestScanVariant() {
-    static ScanVariant const & best = scanVariantAvx2() != nullptr    ? *scanVariantAvx2()
-                                      : scanVariantSse41() != nullptr ? *scanVariantSse41()
-                                                                      : *scanVariantPlain();
+    static ScanVariant const best = [] {
+        for (ScanVariant const * const variant :
+             {scanVariantAvx512(), scanVariantAvx2(), scanVariantSse41()}) {
+            if (variant != nullptr) {
+                return *variant;
+            }
+        }
+        return *scanVariantPlain();
+    }();
     return best;
 }
 

@@ -77,15 +77,7 @@ private:
     std::uint64_t word_;
 };
 
-struct PlainCode {
-    template <class Handler>
-    static unsigned int scan(ScanEntry entry, char const * data, unsigned int length,
-                             Handler & handler, int options) {
-        return Scanner<PlainBlock, Handler>(data, length, handler, options).scan(entry);
-    }
-};
-
-constexpr ScanVariant PLAIN = ScanVariant::of<PlainCode>("plain");
+constexpr auto PLAIN = ScanVariant::of<CarefulCode<PlainBlock>>("plain");
 
 }  // namespace
 

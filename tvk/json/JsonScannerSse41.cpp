@@ -1,20 +1,8 @@
-#include "tvk/json/detail/Scan.h"
-#include "tvk/platform/Processor.h"
+#include "tvk/json/detail/ScannerHeaders.h"
 
 #if TVK_PROCESSOR_X86
 
 #include <smmintrin.h>
-
-#include <bit>
-#include <cstdint>
-#include <cstring>
-
-#include "tvk/json/JsonOptions.h"
-#include "tvk/json/JsonUtil.h"
-#include "tvk/json/SimpleObjectCache.h"
-#include "tvk/json/detail/HashPowers.h"
-#include "tvk/json/detail/ScannerErrors.h"
-#include "tvk/platform/TargetCode.h"
 
 TVK_BEGIN_TARGET("sse4.1")
 
@@ -25,15 +13,7 @@ namespace tvk::detail {
 
 namespace {
 
-struct Sse41Code {
-    template <class Handler>
-    static unsigned int scan(ScanEntry entry, char const * data, unsigned int length,
-                             Handler & handler, int options) {
-        return Scanner<Sse41Block, Handler>(data, length, handler, options).scan(entry);
-    }
-};
-
-constexpr ScanVariant SSE41 = ScanVariant::of<Sse41Code>("SSE4.1");
+constexpr auto SSE41 = ScanVariant::of<CarefulCode<Sse41Block>>("SSE4.1");
 
 }  // namespace
 
@@ -41,18 +21,17 @@ constexpr ScanVariant SSE41 = ScanVariant::of<Sse41Code>("SSE4.1");
 
 TVK_END_TARGET
 
-namespace tvk::detail {
-
-ScanVariant const * scanVariantSse41() { return platform::hasSse41() ? &SSE41 : nullptr; }
-
-}  // namespace tvk::detail
-
-#else
-
-namespace tvk::detail {
-
-ScanVariant const * scanVariantSse41() { return nullptr; }
-
-}  // namespace tvk::detail
-
 #endif
+
+namespace tvk::detail {
+
+ScanVariant const * scanVariantSse41() {
+#if TVK_PROCESSOR_X86
+    if (platform::hasSse41()) {
+        return &SSE41;
+    }
+#endif
+    return nullptr;
+}
+
+}  // namespace tvk::detail

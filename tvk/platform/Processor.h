@@ -46,6 +46,30 @@ inline bool hasAvx2() {
 #endif
 }
 
+/// Whether the processor that runs this has AVX-512 F, BW, VL and VBMI2, and the system keeps its
+/// registers.
+inline bool hasAvx512() {
+#if !TVK_PROCESSOR_X86
+    return false;
+#elif defined(_MSC_VER)
+    constexpr int OSXSAVE = 1 << 27;
+    constexpr unsigned int F_BW_VL = 1u << 16 | 1u << 30 | 1u << 31;
+    constexpr int VBMI2 = 1 << 6;
+    constexpr unsigned long long VECTOR_STATES = 0xE6;  // of 16, 32 and 64 bytes, and of masks
+    int registers[4];
+    __cpuid(registers, 1);
+    if ((registers[2] & OSXSAVE) == 0 || (_xgetbv(0) & VECTOR_STATES) != VECTOR_STATES) {
+        return false;
+    }
+    __cpuidex(registers, 7, 0);
+    return (static_cast<unsigned int>(registers[1]) & F_BW_VL) == F_BW_VL &&
+           (registers[2] & VBMI2) != 0;
+#else
+    return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+           __builtin_cpu_supports("avx512vl") != 0 && __builtin_cpu_supports("avx512vbmi2") != 0;
+#endif
+}
+
 /// Whether the processor that runs this has BMI1, BMI2, POPCNT and PCLMULQDQ.
 inline bool hasBitOperations() {
 #if !TVK_PROCESSOR_X86

@@ -23,12 +23,15 @@
 
 #define TVK_TARGET_PRAGMA(text) _Pragma(#text)
 
+// TVK_AS_IF_UNKNOWN(value): the compiler computes nothing from a vector's value beforehand.
 // TVK_INLINE: part of a loop where each instruction counts, inlined in any case.
 // TVK_NOINLINE: rarely called there, and better out of the way.
 #if defined(__GNUC__)
+#define TVK_AS_IF_UNKNOWN(value) __asm__("" : "+x"(value))
 #define TVK_INLINE inline __attribute__((always_inline))
 #define TVK_NOINLINE __attribute__((noinline))
 #else
+#define TVK_AS_IF_UNKNOWN(value) static_cast<void>(value)
 #define TVK_INLINE inline
 #define TVK_NOINLINE
 #endif

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "tvk/json/detail/BitPlaces.h"
+#include "tvk/platform/TargetCode.h"
 
 namespace tvk::detail {
 
@@ -80,6 +81,8 @@ public:
             return output + count;
         }
         __m256i start = _mm256_set1_epi32(static_cast<int>(base));
+        __m256i step = _mm256_set1_epi32(8);
+        TVK_AS_IF_UNKNOWN(step);  // else each sum of steps becomes a constant of its own
         for (int i = 0; i < 8; ++i) {
             auto const bits = static_cast<std::uint8_t>(mask >> (8 * i));
             __m256i const places = _mm256_cvtepu8_epi32(
@@ -87,7 +90,7 @@ public:
             _mm256_storeu_si256(reinterpret_cast<__m256i *>(output),
                                 _mm256_add_epi32(start, places));
             output += std::popcount(bits);
-            start = _mm256_add_epi32(start, _mm256_set1_epi32(8));
+            start = _mm256_add_epi32(start, step);
         }
         return output;
     }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "tvk/json/detail/JsonSpace.h"
 #include "tvk/json/detail/Scanner.h"
 #include "tvk/json/detail/TokenIndex.h"
 #include "tvk/platform/TargetCode.h"
@@ -46,7 +47,6 @@ private:
     using Careful::has;
     using Careful::INITIAL_HASH;
     using Careful::isFirst_;
-    using Careful::isSpace;
     using Careful::length_;
     using Careful::OBJECT;
 
@@ -234,15 +234,10 @@ private:
     TVK_INLINE Cursor string(char const * text, std::uint32_t const * next) {
         char const * const close = data_ + next[1];
         if (*close != '"' || close > lastBlock_) [[unlikely]] {
-            return movedTo(this->stringValue(text), next);
+            return unplainString({text, next + 1});
         }
         auto const size = static_cast<unsigned int>(close - text);
-        std::uint32_t hash = INITIAL_HASH;
-        unsigned int done = 0;
-        for (; size - done > Block::SIZE; done += Block::SIZE) {
-            hash = taken(text, done).folded(hash);
-        }
-        hash = taken(text, done).folded(hash, size - done);
+        std::uint32_t const hash = taken(text, size, buffer_, INITIAL_HASH);
         if constexpr (Handler::TERMINATED_COPIES) {
             buffer_[size] = '\0';
             handler_.stringValue(hash, buffer_, size);
@@ -252,13 +247,50 @@ private:
         return {close + 1, next + 2};
     }
 
-    /// A block of a text. Where copies are wanted, it is one.
-    TVK_INLINE Block taken(char const * text, unsigned int offset) {
-        Block const block(text + offset);
-        if constexpr (Handler::TERMINATED_COPIES) {
-            block.store(buffer_ + offset);
+    /// The hash with a text folded in. Where copies are wanted, it is copied.
+    template <bool COPIED = Handler::TERMINATED_COPIES>
+    TVK_INLINE static std::uint32_t taken(char const * text, unsigned int size, char * output,
+                                          std::uint32_t hash) {
+        for (; size > Block::SIZE; size -= Block::SIZE) {
+            Block const block(text);
+            if constexpr (COPIED) {
+                block.store(output);
+            }
+            hash = block.folded(hash);
+            text += Block::SIZE;
+            output += Block::SIZE;
         }
-        return block;
+        Block const block(text);
+        if constexpr (COPIED) {
+            block.store(output);
+        }
+        return block.folded(hash, size);
+    }
+
+    /// A text with escapes, which are among the entries, or one near the end of the input.
+    TVK_NOINLINE Cursor unplainString(Cursor cursor) {
+        typename Careful::Text text = {cursor.at, buffer_, INITIAL_HASH};
+        for (;;) {
+            if (cursor.next == index_.end()) {
+                cursor.next = continued({text.at, cursor.next}).next;
+            }
+            char const * const stop =
+                cursor.next == index_.end() ? lastBlock_ + 1 : data_ + *cursor.next;
+            if (stop > lastBlock_) {
+                return movedTo(this->stringValue(cursor.at), cursor.next);
+            }
+            auto const size = static_cast<unsigned int>(stop - text.at);
+            text.hash = taken<true>(text.at, size, text.out, text.hash);
+            text.out += size;
+            if (*stop == '"') {
+                auto const length = static_cast<unsigned int>(text.out - buffer_);
+                *text.out = '\0';
+                handler_.stringValue(text.hash, buffer_, length);
+                return {stop + 1, cursor.next + 1};
+            }
+            text = this->readEscape(stop, text, stop + 1);
+            cursor.next = movedTo(text.at, cursor.next).next;
+        }
     }
 
     TVK_INLINE char const * number(char const * at) {
@@ -328,6 +360,19 @@ private:
     char const * const lastBlock_;  // the last place where one can be read; not with a short text
     Index index_;
     std::uint32_t const * next_;  // the first entry that has not been read, between two values
+};
+
+/// What makes a variant of the scanner of a Block and of Masks, both of unnamed namespaces.
+template <class BlockType, class MasksType>
+struct IndexedCode {
+    using Block = BlockType;
+    using Masks = MasksType;
+
+    template <class Handler>
+    static unsigned int scan(ScanEntry entry, char const * data, unsigned int length,
+                             Handler & handler, int options) {
+        return IndexedScanner<IndexedCode, Handler>(data, length, handler, options).scan(entry);
+    }
 };
 
 }  // namespace tvk::detail

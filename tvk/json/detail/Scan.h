@@ -39,6 +39,9 @@ ScanVariant const * scanVariantSse41();
 /// Null where this build or the processor does not have AVX2 and the bit operations.
 ScanVariant const * scanVariantAvx2();
 
+/// Null where this build or the processor does not have AVX-512 with VBMI2 and all of the above.
+ScanVariant const * scanVariantAvx512();
+
 /// The one that suits this processor best.
 ScanVariant const & bestScanVariant();
 

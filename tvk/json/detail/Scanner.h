@@ -7,6 +7,7 @@
 #include "tvk/json/JsonUtil.h"
 #include "tvk/json/SimpleObjectCache.h"
 #include "tvk/json/detail/HashPowers.h"
+#include "tvk/json/detail/JsonSpace.h"
 #include "tvk/json/detail/Scan.h"
 #include "tvk/json/detail/ScannerErrors.h"
 
@@ -569,10 +570,7 @@ protected:
         return at;
     }
 
-    bool isCommentStart(char const * at) const {
-        return (*at == '#' && has(JSON_ALLOW_HASH_COMMENT)) ||
-               (*at == '/' && has(JSON_ALLOW_SLASH_COMMENT) && left(at) > 1 && at[1] == '/');
-    }
+    bool isCommentStart(char const * at) const { return startsComment(at, left(at), options_); }
 
     char const * lineEnd(char const * at) const {
         void const * const found = std::memchr(at, '\n', left(at));
@@ -601,13 +599,6 @@ protected:
     static bool isPlain(char byte) {
         return static_cast<signed char>(byte) > 0 && byte != '"' && byte != '\\';
     }
-    /// Backspace counts, vertical tab does not.
-    static bool isSpace(char byte) {
-        constexpr std::uint64_t SPACES =
-            1ull << 8 | 1ull << 9 | 1ull << 10 | 1ull << 12 | 1ull << 13 | 1ull << 32;
-        auto const value = static_cast<unsigned char>(byte);
-        return value <= 32 && (SPACES >> value & 1) != 0;
-    }
     static int hexDigit(char byte) {
         if (isDigit(byte)) {
             return byte - '0';
@@ -627,6 +618,16 @@ protected:
     char const * text_ = nullptr;   // of the string just read
     unsigned int textLength_ = 0;   // likewise
     std::uint32_t stringHash_ = 0;  // likewise
+};
+
+/// What makes a variant of the scanner of a Block.
+template <class Block>
+struct CarefulCode {
+    template <class Handler>
+    static unsigned int scan(ScanEntry entry, char const * data, unsigned int length,
+                             Handler & handler, int options) {
+        return Scanner<Block, Handler>(data, length, handler, options).scan(entry);
+    }
 };
 
 }  // namespace tvk::detail

@@ -21,6 +21,8 @@ public:
     explicit Sse41Block(char const * bytes)
         : bytes_(_mm_loadu_si128(reinterpret_cast<__m128i const *>(bytes))) {}
 
+    explicit Sse41Block(__m128i bytes) : bytes_(bytes) {}
+
     void store(char * output) const {
         _mm_storeu_si128(reinterpret_cast<__m128i *>(output), bytes_);
     }

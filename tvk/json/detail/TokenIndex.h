@@ -178,7 +178,7 @@ private:
     unsigned int at_ = 0;  // the first byte that has not been looked at
     Before before_;
     std::uint32_t * end_ = entries_;
-    std::uint32_t entries_[KEPT + WINDOW + 8];
+    std::uint32_t entries_[KEPT + WINDOW + 16];  // what Masks::append asks for behind them
 };
 
 }  // namespace tvk::detail
