@@ -98,6 +98,7 @@ TEST(JsonScannerBlocks, ReadAnArrayWithEachByteAtEachOffset) {
 }
 
 TEST(JsonScannerBlocks, ReadAnObjectWithEachByteBehindEachToken) {
+    constexpr std::size_t PADDINGS[] = {0, 30, 60};
     constexpr std::string_view TOKENS[] = {
         "{", R"("name")", ":",    R"("value")", ",", R"("b")", ":", "-12", ",", R"("c")",
         ":", "[",         "null", "]",          ",", R"("d")", ":", "{",   "}", "}"};
@@ -108,7 +109,7 @@ TEST(JsonScannerBlocks, ReadAnObjectWithEachByteBehindEachToken) {
                 text += TOKENS[i];
                 text += i == place ? piece : ""sv;
             }
-            for (std::size_t const padding : {0, 30, 60}) {
+            for (std::size_t const padding : PADDINGS) {
                 std::string const padded =
                     "[" + std::string(padding, ' ') + text + std::string(64, ' ') + "]";
                 ASSERT_NO_FATAL_FAILURE(expectAgreement(padded, STRICT));
@@ -142,7 +143,8 @@ TEST(JsonScannerBlocks, ReadEachPieceAroundTheBorderOfAWindow) {
 }
 
 TEST(JsonScannerBlocks, ReadStringsOfManyWindows) {
-    for (std::size_t const size : {900, 1024, 2047, 2048, 5000}) {
+    constexpr std::size_t SIZES[] = {900, 1024, 2047, 2048, 5000};
+    for (std::size_t const size : SIZES) {
         std::string const plain(size, 'x');
         for (std::string const & text :
              {plain, plain + R"(\n)" + plain, R"(\")" + plain, plain + "\xE3\x83\x88" + plain,
