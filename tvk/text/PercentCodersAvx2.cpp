@@ -29,6 +29,12 @@ __m256i tableOf(void const * bytes) {
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<__m128i const *>(bytes)));
 }
 
+/// `yes` where all bits of `mask` are set, `no` where none is. Not by blending: g++ 12 takes the sign of plain
+/// char for that of the mask, and so never blends where char is unsigned.
+__m256i choose(__m256i mask, __m256i yes, __m256i no) {
+    return _mm256_or_si256(_mm256_and_si256(mask, yes), _mm256_andnot_si256(mask, no));
+}
+
 unsigned int maskOf(__m256i bytes) {
     return static_cast<unsigned int>(_mm256_movemask_epi8(bytes));
 }
@@ -120,7 +126,7 @@ public:
         __m256i const escaped = _mm256_cmpeq_epi8(bits, _mm256_setzero_si256());
         __m256i const blank = _mm256_cmpeq_epi8(bytes, eachOf(' '));
         __m256i const copied = _mm256_add_epi8(bytes, _mm256_and_si256(blank, eachOf('+' - ' ')));
-        first_ = _mm256_blendv_epi8(copied, eachOf('%'), escaped);
+        first_ = choose(escaped, eachOf('%'), copied);
         escapes_ = maskOf(escaped);
     }
 
@@ -234,7 +240,7 @@ struct Digits {
         __m256i const isFigure = _mm256_cmpeq_epi8(_mm256_min_epu8(figures, eachOf(9)), figures);
         __m256i const isLetter = _mm256_cmpeq_epi8(_mm256_min_epu8(letters, eachOf(25)), letters);
         valid = _mm256_or_si256(isFigure, isLetter);
-        values = _mm256_blendv_epi8(_mm256_add_epi8(letters, eachOf(10)), figures, isFigure);
+        values = choose(isFigure, figures, _mm256_add_epi8(letters, eachOf(10)));
     }
 
     __m256i values;
@@ -289,7 +295,7 @@ private:
             _mm256_and_si256(_mm256_slli_epi16(firsts.values, 4), eachOf(0xF0)), seconds.values);
         __m256i const plus = _mm256_cmpeq_epi8(bytes, eachOf('+'));
         __m256i const copied = _mm256_sub_epi8(bytes, _mm256_and_si256(plus, eachOf('+' - ' ')));
-        bytes_ = _mm256_blendv_epi8(copied, values, isSecond);
+        bytes_ = choose(isSecond, values, copied);
         kept_ = ~maskOf(_mm256_or_si256(isPercent, isFirst));
         good_ = _mm256_testc_si256(_mm256_and_si256(firsts.valid, seconds.valid), isSecond) != 0;
     }
