@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "tvk/json/detail/CacheLookup.h"
+#include "tvk/platform/CopyBytes.h"
 
 namespace tvk {
 
@@ -252,8 +253,8 @@ void SimpleObjectCache::fill(Entry & entry, unsigned int hash, void const * data
     unsigned int const kind = Entry::kindOf(value->getFieldType());
     if (size > Entry::SHORT_KEY_ROOM) {
         entry.longKey = longKey(data, size, *value, entry.ownsLongKey);
-    } else if (size != 0) {
-        std::memcpy(entry.shortKey, data, size);
+    } else {
+        platform::copyBytes(entry.shortKey, static_cast<char const *>(data), size);
     }
     entry.keySize = size;
     entry.hash = hash;
@@ -284,11 +285,12 @@ char const * SimpleObjectCache::longKey(void const * data, unsigned int size,
 }
 
 void SimpleObjectCache::empty(Entry & entry) {
-    Entry const old = std::exchange(entry, Entry());
-    if (old.keySize > Entry::SHORT_KEY_ROOM && old.ownsLongKey) {
-        std::free(const_cast<char *>(old.longKey));
+    FieldValue const * const value = std::exchange(entry.value, nullptr);
+    entry.kind = 0;
+    if (entry.keySize > Entry::SHORT_KEY_ROOM && entry.ownsLongKey) {
+        std::free(const_cast<char *>(entry.longKey));
     }
-    old.value->removeRef();
+    value->removeRef();
 }
 
 /// One step of the feedback shift register, and the slot it falls on loses half of its history.

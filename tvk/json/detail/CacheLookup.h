@@ -27,6 +27,7 @@ struct alignas(64) SimpleObjectCache::Entry {
 
     static unsigned int kindOf(FieldTypeEnum type) { return static_cast<unsigned int>(type) + 1; }
 
+    /// False for a free slot.
     bool matches(FieldTypeEnum wantedType, unsigned int wantedHash, void const * data,
                  unsigned int size) const {
         return mayMatch(wantedType, wantedHash, size) &&
@@ -47,7 +48,6 @@ private:
     static constexpr unsigned int QUICK_KEY_SIZE = 32;
     static_assert(QUICK_KEY_SIZE <= SHORT_KEY_ROOM);
 
-    /// False for a free slot.
     bool mayMatch(FieldTypeEnum wantedType, unsigned int wantedHash, unsigned int size) const {
         return ((hash ^ wantedHash) | (keySize ^ size) | (kind ^ kindOf(wantedType))) == 0;
     }
