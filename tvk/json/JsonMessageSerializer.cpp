@@ -15,9 +15,13 @@
 
 #include "tvk/json/JsonUtil.h"
 #include "tvk/json/detail/InlineStack.h"
+#include "tvk/json/detail/JsonEscapes.h"
 #include "tvk/json/detail/PlainText.h"
 #include "tvk/json/detail/ReadyNames.h"
+#include "tvk/json/detail/WellFormedUtf8.h"
 #include "tvk/platform/CodePage.h"
+#include "tvk/platform/TargetCode.h"
+#include "tvk/values/MappedRecordData.h"
 #include "tvk/values/detail/FieldMap.h"
 #include "tvk/values/detail/OneBlock.h"
 #include "tvk/values/detail/OwnValues.h"
@@ -29,6 +33,7 @@ namespace {
 constexpr unsigned int INITIAL_CAPACITY = 8192;
 /// What stands free behind a prefix that made the buffer grow.
 constexpr unsigned int ROOM_BEHIND_PREFIX = 2048;
+constexpr unsigned int UTF8_CODE_PAGE = 65001;
 
 unsigned int sizeOf(CString const & text) { return static_cast<unsigned int>(text.GetLength()); }
 
@@ -44,9 +49,12 @@ void reallocate(char ** buffer, unsigned int * capacity, std::uint64_t size) {
     *capacity = static_cast<unsigned int>(size);
 }
 
-bool hasHighByte(char const * text, unsigned int length) {
-    return std::any_of(text, text + length,
-                       [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
+bool hasHighByte(char const * text, std::size_t length) {
+    unsigned char seen = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        seen |= static_cast<unsigned char>(text[i]);
+    }
+    return seen >= 0x80;
 }
 
 /// UTF-8 of a text in the application's code page, for as long as this object lives.
@@ -89,7 +97,8 @@ public:
           quotesNames_((options & JSON_UNQUOTED_NAMES) == 0),
           true_(FieldValue::TRUE_VALUE),
           false_(FieldValue::FALSE_VALUE),
-          plain_((options & JSON_ESCAPE_SLASH) != 0),
+          plainAscii_((options & JSON_ESCAPE_SLASH) != 0),
+          plainUtf8_((options & JSON_ESCAPE_SLASH) != 0),
           start_(position) {}
 
     /// The bytes written.
@@ -105,17 +114,32 @@ private:
     using Reference = RefCountedPtr<FieldValue>;
     using FieldsInMap = detail::FieldMap::Map;
 
-    enum class Kind { SHAPED_RECORD, RECORD_IN_MAP, OTHER_RECORD, OWN_LIST, OTHER_LIST };
+    enum class Kind {
+        SHAPED_RECORD,
+        UNQUOTED_RECORD,
+        RECORD_IN_MAP,
+        OTHER_RECORD,
+        OWN_LIST,
+        OTHER_LIST
+    };
 
     /// A record or list that is being written, and how far.
     struct Open {
         Kind kind;
         unsigned int next;
         unsigned int count;
-        Reference const * values;           // of a shaped record or an own list
-        detail::FieldShape const * shape;   // of a shaped record
-        detail::ReadyNames const * names;   // of a shaped record; null for names without quotes
-        FieldsInMap::const_iterator field;  // the next one of a record in a map
+        // Of a record with a shape, whose names are written without quotes where it is UNQUOTED.
+        detail::ReadyNames const * names;
+        union {
+            Reference const * values;           // of a shaped record or an own list
+            FieldsInMap::const_iterator field;  // the next one of a record in a map
+        };
+    };
+
+    /// How far a container was written, and the one within it that comes next, null at its end.
+    struct Step {
+        char * out;
+        FieldValue const * inner;
     };
 
     /// What a container of another class needs besides.
@@ -130,54 +154,61 @@ private:
     static constexpr std::size_t ORDINARY_DEPTH = 32;
     /// A block may be stored where less than one is left to write.
     static constexpr std::uint64_t BLOCK = detail::TextBlock::SIZE;
-    /// Texts up to this length are written without a look at the room of their own.
-    static constexpr unsigned int SHORT_TEXT = 24;
-    /// More than a comma, quotes and twice a short text, or any word, may ask for.
-    static constexpr std::uint64_t ROOM_FOR_SHORT_VALUE = 2 * SHORT_TEXT + 2 * BLOCK;
+    /// More than any write of a value up to a block asks for: twice its length between quotes behind a
+    /// comma, and what a block is stored over.
+    static constexpr std::uint64_t ROOM_FOR_SHORT_VALUE = 4 * BLOCK;
     /// No byte of a text asks for more: one becomes three in UTF-8 at most.
     static constexpr std::uint64_t ROOM_FOR_ANY_BYTE = 2 * platform::ANSI_TO_UTF8_ROOM;
 
     char * open(RecordData const & record, char * out) {
-        out = put(out, '{');
-        detail::FieldMap const * const own = detail::FieldMap::ofOwn(record);
-        Open opened = {};
-        if (own == nullptr) {
-            std::vector<RecordData::Field> fields = record.getAllFields();
-            opened.kind = Kind::OTHER_RECORD;
-            opened.count = static_cast<unsigned int>(fields.size());
-            others_.push({std::move(fields), nullptr, nullptr});
-        } else if (detail::FieldShape const * const shape = own->shape(); shape != nullptr) {
-            opened.kind = Kind::SHAPED_RECORD;
-            opened.count = static_cast<unsigned int>(shape->count());
-            opened.values = own->values();
-            opened.shape = shape;
-            opened.names = quotesNames_ ? &detail::ReadyNames::of(*shape) : nullptr;
-        } else {
-            opened.kind = Kind::RECORD_IN_MAP;
-            opened.count = static_cast<unsigned int>(own->count());
-            if (opened.count != 0) {
-                opened.field = own->map().begin();
-            }
+        if (detail::FieldMap const * const fields = detail::FieldMap::ofOwn(record);
+            fields != nullptr) {
+            return openOwn(*fields, out);
         }
-        open_.push(std::move(opened));
+        out = put(out, '{');
+        std::vector<RecordData::Field> fields = record.getAllFields();
+        open_.push({Kind::OTHER_RECORD, 0, static_cast<unsigned int>(fields.size()), nullptr, {}});
+        others_.push({std::move(fields), nullptr, nullptr});
+        return out;
+    }
+
+    char * openOwn(detail::FieldMap const & fields, char * out) {
+        out = put(out, '{');
+        auto const count = static_cast<unsigned int>(fields.count());
+        if (detail::FieldShape const * const shape = fields.shape(); shape != nullptr) {
+            open_.push({quotesNames_ ? Kind::SHAPED_RECORD : Kind::UNQUOTED_RECORD,
+                        0,
+                        count,
+                        &detail::ReadyNames::of(*shape),
+                        {fields.values()}});
+        } else {
+            Open record = {Kind::RECORD_IN_MAP, 0, count, nullptr, {}};
+            if (count != 0) {
+                record.field = fields.map().begin();
+            }
+            open_.push(std::move(record));
+        }
         return out;
     }
 
     char * open(ListData const & list, char * out) {
-        out = put(out, '[');
-        Open opened = {};
         if (&typeid(list) == &typeid(ListDataImpl)) {
-            auto const elements =
-                detail::OwnValues::elements(static_cast<ListDataImpl const &>(list));
-            opened.kind = Kind::OWN_LIST;
-            opened.count = static_cast<unsigned int>(elements.size());
-            opened.values = elements.data();
-        } else {
-            opened.kind = Kind::OTHER_LIST;
-            opened.count = list.getCount();
-            others_.push({{}, &list, nullptr});
+            return openOwn(static_cast<ListDataImpl const &>(list), out);
         }
-        open_.push(std::move(opened));
+        out = put(out, '[');
+        open_.push({Kind::OTHER_LIST, 0, list.getCount(), nullptr, {}});
+        others_.push({{}, &list, nullptr});
+        return out;
+    }
+
+    char * openOwn(ListDataImpl const & list, char * out) {
+        out = put(out, '[');
+        auto const elements = detail::OwnValues::elements(list);
+        open_.push({Kind::OWN_LIST,
+                    0,
+                    static_cast<unsigned int>(elements.size()),
+                    nullptr,
+                    {elements.data()}});
         return out;
     }
 
@@ -185,34 +216,37 @@ private:
     char * finish(char * out) {
         while (!open_.empty()) {
             Open & container = open_.top();
-            FieldValue const * inner = nullptr;
-            switch (container.kind) {
-                case Kind::SHAPED_RECORD:
-                    out = writeShapedFields(container, out, inner);
-                    break;
-                case Kind::RECORD_IN_MAP:
-                    out = writeFieldsInMap(container, out, inner);
-                    break;
-                case Kind::OTHER_RECORD:
-                    out = writeOtherFields(container, out, inner);
-                    break;
-                case Kind::OWN_LIST:
-                    out = writeOwnElements(container, out, inner);
-                    break;
-                case Kind::OTHER_LIST:
-                    out = writeOtherElements(container, out, inner);
-                    break;
-            }
-            if (inner != nullptr) {
-                out = openValue(*inner, out);
-            } else {
-                out = close(container.kind, out);
-            }
+            Step const step =
+                container.kind == Kind::SHAPED_RECORD ? writeShapedFields(container, out)
+                : container.kind == Kind::OWN_LIST    ? writeOwnElements(container, out)
+                                                      : writeRareContainer(container, out);
+            out = step.inner != nullptr ? openValue(*step.inner, step.out)
+                                        : close(container.kind, step.out);
         }
         return out;
     }
 
+    TVK_NOINLINE Step writeRareContainer(Open & container, char * out) {
+        switch (container.kind) {
+            case Kind::UNQUOTED_RECORD:
+                return writeUnquotedFields(container, out);
+            case Kind::RECORD_IN_MAP:
+                return writeFieldsInMap(container, out);
+            case Kind::OTHER_RECORD:
+                return writeOtherFields(container, out);
+            default:
+                return writeOtherElements(container, out);
+        }
+    }
+
     char * openValue(FieldValue const & value, char * out) {
+        std::type_info const * const type = &typeid(value);
+        if (type == &typeid(MappedRecordData)) {
+            return openOwn(detail::FieldMap::of(static_cast<MappedRecordData const &>(value)), out);
+        }
+        if (type == &typeid(ListDataImpl)) {
+            return openOwn(static_cast<ListDataImpl const &>(value), out);
+        }
         return value.getFieldType() == FLDTYPE_LIST ? open(value.asList(), out)
                                                     : open(value.asRecord(), out);
     }
@@ -227,56 +261,101 @@ private:
         return out;
     }
 
-    // Each of these writes to the end of the container, or to the next one within it, which then is
-    // `inner`.
+    // Each of these writes to the end of the container, or to the next one within it.
 
-    char * writeShapedFields(Open & record, char * out, FieldValue const *& inner) {
-        for (unsigned int i = record.next; i < record.count; ++i) {
-            out = record.names != nullptr ? writeReadyName(record, i, out)
-                                          : writeName(record.shape->name(i), i == 0, out);
-            out = writeValue(record.values[i].get(), out, inner);
-            if (inner != nullptr) {
+    Step writeShapedFields(Open & record, char * out) {
+        detail::ReadyNames::Name const * const names = record.names->names();
+        char const * const texts = record.names->texts();
+        Reference const * const values = record.values;
+        unsigned int const count = record.count;
+        for (unsigned int i = record.next; i < count; ++i) {
+            detail::ReadyNames::Name const name = names[i];
+            FieldValue const * const value = values[i].get();
+            bool const hasRoom = room(out) >= 2 * std::uint64_t{name.length} + ROOM_FOR_SHORT_VALUE;
+            out = hasRoom ? copyName(texts + name.start, name.length, out)
+                          : writeName(record.names->shape().name(i), i == 0, out);
+            char * const behind = hasRoom ? writeValueInRoom(value, out) : writeValue(value, out);
+            if (behind == nullptr) {
                 record.next = i + 1;
-                return out;
+                return {out, value};
             }
+            out = behind;
         }
-        return out;
+        return {out, nullptr};
     }
 
-    char * writeFieldsInMap(Open & record, char * out, FieldValue const *& inner) {
-        while (record.next < record.count && inner == nullptr) {
+    TVK_INLINE static char * copyName(char const * text, std::size_t length, char * out) {
+        std::memcpy(out, text, BLOCK);
+        for (std::size_t at = BLOCK; at < length; at += BLOCK) {
+            std::memcpy(out + at, text + at, BLOCK);
+        }
+        return out + length;
+    }
+
+    Step writeUnquotedFields(Open & record, char * out) {
+        while (record.next < record.count) {
+            unsigned int const i = record.next++;
+            out = writeName(record.names->shape().name(i), i == 0, out);
+            FieldValue const * const value = record.values[i].get();
+            char * const behind = writeValue(value, out);
+            if (behind == nullptr) {
+                return {out, value};
+            }
+            out = behind;
+        }
+        return {out, nullptr};
+    }
+
+    Step writeFieldsInMap(Open & record, char * out) {
+        while (record.next < record.count) {
             auto const & [name, value] = *record.field++;
             out = writeName(name, record.next++ == 0, out);
-            out = writeValue(value.get(), out, inner);
+            char * const behind = writeValue(value.get(), out);
+            if (behind == nullptr) {
+                return {out, value.get()};
+            }
+            out = behind;
         }
-        return out;
+        return {out, nullptr};
     }
 
-    char * writeOtherFields(Open & record, char * out, FieldValue const *& inner) {
+    Step writeOtherFields(Open & record, char * out) {
         std::vector<RecordData::Field> const & fields = others_.top().fields;
-        while (record.next < record.count && inner == nullptr) {
+        while (record.next < record.count) {
             RecordData::Field const & field = fields[record.next];
             out = writeName(*field.name, record.next++ == 0, out);
-            out = writeValue(field.value, out, inner);
+            char * const behind = writeValue(field.value, out);
+            if (behind == nullptr) {
+                return {out, field.value};
+            }
+            out = behind;
         }
-        return out;
+        return {out, nullptr};
     }
 
-    char * writeOwnElements(Open & list, char * out, FieldValue const *& inner) {
-        for (unsigned int i = list.next; i < list.count; ++i) {
-            if (i != 0) {
+    Step writeOwnElements(Open & list, char * out) {
+        Reference const * const values = list.values;
+        unsigned int const count = list.count;
+        for (unsigned int i = list.next; i < count; ++i) {
+            FieldValue const * const value = values[i].get();
+            bool const hasRoom = room(out) >= ROOM_FOR_SHORT_VALUE;
+            if (hasRoom) {
+                *out = ',';
+                out += i != 0 ? 1 : 0;
+            } else if (i != 0) {
                 out = put(out, ',');
             }
-            out = writeValue(list.values[i].get(), out, inner);
-            if (inner != nullptr) {
+            char * const behind = hasRoom ? writeValueInRoom(value, out) : writeValue(value, out);
+            if (behind == nullptr) {
                 list.next = i + 1;
-                return out;
+                return {out, value};
             }
+            out = behind;
         }
-        return out;
+        return {out, nullptr};
     }
 
-    char * writeOtherElements(Open & list, char * out, FieldValue const *& inner) {
+    Step writeOtherElements(Open & list, char * out) {
         Other & other = others_.top();
         other.held = nullptr;
         while (list.next < list.count) {
@@ -284,42 +363,67 @@ private:
             if (list.next++ != 0) {
                 out = put(out, ',');
             }
-            out = writeValue(element.get(), out, inner);
-            if (inner != nullptr) {
+            char * const behind = writeValue(element.get(), out);
+            if (behind == nullptr) {
                 other.held = std::move(element);
-                break;
+                return {out, other.held.get()};
             }
+            out = behind;
         }
-        return out;
+        return {out, nullptr};
     }
 
-    /// Writes a scalar. Lists and records are left to the caller, in `inner`.
-    char * writeValue(FieldValue const * value, char * out, FieldValue const *& inner) {
+    // Each of these writes a scalar and returns the place behind it; for lists and records null, and
+    // nothing is written.
+
+    /// Requires: ROOM_FOR_SHORT_VALUE, but for what a comma has taken.
+    TVK_INLINE char * writeValueInRoom(FieldValue const * value, char * out) {
         if (value == nullptr) {
-            return put(out, std::string_view("null"));
+            std::memcpy(out, "null", 4);
+            return out + 4;
         }
         // By address: where two modules have a description of one class each, the value is taken for
         // one of another class, which gives the same by the calls of its interface.
         std::type_info const * const type = &typeid(*value);
         if (type == &typeid(detail::OneBlock<StringData>) || type == &typeid(StringData)) {
-            return writeString(detail::OwnValues::text(static_cast<StringData const &>(*value)),
-                               out);
+            CString const & text = detail::OwnValues::text(static_cast<StringData const &>(*value));
+            unsigned int const length = sizeOf(text);
+            *out = '"';
+            if (length <= BLOCK && plainAscii_.copyStart(text.GetString(), length, out + 1)) {
+                out[length + 1] = '"';
+                return out + length + 2;
+            }
+            return writeString(text, out);
         }
-        if (type == &typeid(detail::OneBlock<NumberData>) || type == &typeid(NumberData)) {
-            return writeNumber(static_cast<NumberData const &>(*value), out);
+        if (type == &typeid(detail::OneBlock<NumberData>) ||
+            (type == &typeid(NumberData) && !isBoolean(*value))) {
+            CString const & text = detail::OwnValues::text(static_cast<NumberData const &>(*value));
+            unsigned int const length = sizeOf(text);
+            if (length <= BLOCK && plainAscii_.copyStart(text.GetString(), length, out)) {
+                return out + length;
+            }
+            return writeText(text, out);
         }
-        return writeOtherValue(*value, out, inner);
+        return type == &typeid(MappedRecordData) || type == &typeid(ListDataImpl)
+                   ? nullptr
+                   : writeOtherValue(*value, out);
     }
 
-    char * writeOtherValue(FieldValue const & value, char * out, FieldValue const *& inner) {
+    TVK_NOINLINE char * writeValue(FieldValue const * value, char * out) {
+        if (room(out) >= ROOM_FOR_SHORT_VALUE) {
+            return writeValueInRoom(value, out);
+        }
+        return value != nullptr ? writeOtherValue(*value, out) : put(out, std::string_view("null"));
+    }
+
+    TVK_NOINLINE char * writeOtherValue(FieldValue const & value, char * out) {
         switch (value.getFieldType()) {
             case FLDTYPE_NUMBER:
                 return isBoolean(value) ? writeBoolean(value, out)
                                         : writeText(value.asString(), out);
             case FLDTYPE_LIST:
             case FLDTYPE_RECORD:
-                inner = &value;
-                return out;
+                return nullptr;
             // Raw data throws here.
             case FLDTYPE_STRING:
             case FLDTYPE_RAW:
@@ -336,21 +440,9 @@ private:
         return put(out, &number == true_ ? std::string_view("true") : std::string_view("false"));
     }
 
-    char * writeNumber(NumberData const & number, char * out) {
-        if (isBoolean(number)) {
-            return writeBoolean(number, out);
-        }
-        CString const & text = detail::OwnValues::text(number);
+    TVK_NOINLINE char * writeString(CString const & text, char * out) {
         unsigned int const length = sizeOf(text);
-        if (hasAmpleRoom(length, out) && plain_.copyAll(text.GetString(), length, out)) {
-            return out + length;
-        }
-        return writeTextCarefully(text, out);
-    }
-
-    char * writeString(CString const & text, char * out) {
-        unsigned int const length = sizeOf(text);
-        if (hasAmpleRoom(length, out) && plain_.copyAll(text.GetString(), length, out + 1)) {
+        if (hasAmpleRoom(length, out) && plainAscii_.copyAll(text.GetString(), length, out + 1)) {
             out[0] = '"';
             out[length + 1] = '"';
             return out + length + 2;
@@ -360,30 +452,15 @@ private:
         return put(out, '"');
     }
 
-    char * writeText(CString const & text, char * out) {
+    TVK_NOINLINE char * writeText(CString const & text, char * out) {
         unsigned int const length = sizeOf(text);
-        if (hasAmpleRoom(length, out) && plain_.copyAll(text.GetString(), length, out)) {
+        if (hasAmpleRoom(length, out) && plainAscii_.copyAll(text.GetString(), length, out)) {
             return out + length;
         }
         return writeTextCarefully(text, out);
     }
 
-    char * writeReadyName(Open const & record, unsigned int index, char * out) {
-        detail::ReadyNames::Name const name = record.names->names()[index];
-        if (room(out) < 2 * std::uint64_t{name.length} + BLOCK) {
-            return writeName(record.shape->name(index), index == 0, out);
-        }
-        unsigned int const commas = index == 0 ? 1 : 0;  // the first name has none
-        char const * const text = record.names->texts() + name.start + commas;
-        std::memcpy(out, text, BLOCK);
-        unsigned int const length = name.length - commas;
-        for (std::size_t at = BLOCK; at < length; at += BLOCK) {
-            std::memcpy(out + at, text + at, BLOCK);
-        }
-        return out + length;
-    }
-
-    char * writeName(CString const & name, bool isFirst, char * out) {
+    TVK_NOINLINE char * writeName(CString const & name, bool isFirst, char * out) {
         if (!isFirst) {
             out = put(out, ',');
         }
@@ -391,16 +468,52 @@ private:
         return put(out, ':');
     }
 
-    /// One text, escaped and in UTF-8, without quotes. Growth follows twice its length in UTF-8,
-    /// before it is known what the text needs.
-    char * writeTextCarefully(CString const & text, char * out) {
+    /// One text, escaped and in UTF-8, without quotes.
+    TVK_NOINLINE char * writeTextCarefully(CString const & text, char * out) {
         unsigned int const length = sizeOf(text);
         char const * const bytes = text.GetString();
-        if (hasHighByte(bytes, length)) {
-            Utf8Text const converted(bytes, length);
+        std::uint64_t const wanted =
+            (ROOM_FOR_ANY_BYTE + platform::ANSI_TO_UTF8_ROOM) * std::uint64_t{length};
+        return room(out) >= wanted + BLOCK ? escapeInAmpleRoom(bytes, length, out)
+                                           : escapeInMeasuredRoom(bytes, length, out);
+    }
+
+    /// For texts for which the buffer would not have grown, whatever they hold. There is room behind
+    /// the result for the text in UTF-8 as well.
+    char * escapeInAmpleRoom(char const * text, std::size_t length, char * out) {
+        if (!hasHighByte(text, length) || (platform::ansiCodePage() == UTF8_CODE_PAGE &&
+                                           detail::WellFormedUtf8::is(text, length))) {
+            return escape(text, length, out);
+        }
+        char * const utf8 = out + ROOM_FOR_ANY_BYTE * length;
+        return escape(utf8, platform::ansiToUtf8(text, length, utf8), out);
+    }
+
+    /// Well-formed UTF-8. A NUL ends it.
+    char * escape(char const * text, std::size_t length, char * out) {
+        for (std::size_t at = 0;; ++at) {
+            std::size_t const plain = plainUtf8_.copy(text + at, length - at, out);
+            at += plain;
+            out += plain;
+            if (at == length || text[at] == '\0') {
+                return out;
+            }
+            if (char const letter = detail::escapeOf(text[at]); letter != 0) {
+                *out++ = '\\';
+                *out++ = letter;
+            } else {
+                *out++ = text[at];
+            }
+        }
+    }
+
+    /// Growth follows twice the length in UTF-8, before it is known what the text needs.
+    char * escapeInMeasuredRoom(char const * text, unsigned int length, char * out) {
+        if (hasHighByte(text, length)) {
+            Utf8Text const converted(text, length);
             return writeUtf8(converted.text(), converted.length(), out);
         }
-        return writeUtf8(bytes, length, out);
+        return writeUtf8(text, length, out);
     }
 
     char * writeUtf8(char const * text, unsigned int length, char * out) {
@@ -434,7 +547,7 @@ private:
         return bytes > room(out) ? grow(out, bytes) : out;
     }
 
-    char * grow(char * out, std::uint64_t bytes) {
+    TVK_NOINLINE char * grow(char * out, std::uint64_t bytes) {
         auto const position = static_cast<std::uint64_t>(out - *buffer_);
         std::uint64_t const doubled = std::min<std::uint64_t>(
             std::uint64_t{*capacity_} * 2, std::numeric_limits<unsigned int>::max());
@@ -450,7 +563,8 @@ private:
     bool quotesNames_;
     FieldValue const * true_;
     FieldValue const * false_;
-    detail::PlainAscii plain_;
+    detail::PlainAscii plainAscii_;
+    detail::PlainUtf8 plainUtf8_;
     unsigned int start_;
     detail::InlineStack<Open, ORDINARY_DEPTH> open_;
     detail::InlineStack<Other, ORDINARY_DEPTH> others_;

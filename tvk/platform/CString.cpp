@@ -42,7 +42,8 @@ void requireBytes(char const * text, int length) {
     }
 }
 
-/// The allocator deals in steps of 16 bytes; what it gives anyway is used as room.
+/// The allocator deals in steps of 16 bytes; what it gives anyway is used as room. That is what
+/// textRoom() promises too.
 int roundedCapacity(int length, std::size_t besides) {
     constexpr std::size_t STEP = 16;
     std::size_t const rounded = (bytes(length) + besides + STEP - 1) / STEP * STEP - besides;

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "tvk/platform/CString.h"
+#include "tvk/platform/TextRoom.h"
 
 namespace tvk::platform {
 
@@ -26,7 +27,7 @@ public:
     }
 
     static constexpr std::size_t blockSize(std::size_t objectSize, std::size_t length) {
-        return objectSize + sizeof(CString::Block) + length + 1;
+        return objectSize + sizeof(CString::Block) + textRoom(length);
     }
 
     static char * roomIn(void * block, std::size_t objectSize) noexcept {

@@ -28,6 +28,14 @@ void expectAsModelled(std::string const & text, bool escapesSlash) {
     ExactBuffer output(std::string(text.size(), '?'));
     ASSERT_EQ(copier.copy(input, text.size(), output.data()), plain);
     ASSERT_EQ(std::string(output.data(), plain), text.substr(0, plain));
+    if (text.size() <= Block::SIZE) {
+        // What stands behind the text does not matter.
+        ExactBuffer const start(text + std::string(platform::textRoom(text.size()) - text.size(),
+                                                   text.size() % 2 == 0 ? '"' : 'x'));
+        ExactBuffer block(std::string(Block::SIZE, '?'));
+        ASSERT_EQ(copier.copyStart(start, text.size(), block.data()), plain == text.size());
+        ASSERT_EQ(std::string(block.data(), plain), text.substr(0, plain));
+    }
     ExactBuffer whole(std::string(text.size(), '?'));
     bool const isAllPlain = plain == text.size();
     ASSERT_EQ(copier.copyAll(input, text.size(), whole.data()), isAllPlain);

@@ -32,13 +32,13 @@ std::vector<std::string> textsOf(std::vector<CString> const & names) {
 
 using Texts = std::vector<std::string>;
 
-TEST(ReadyNames, StandBetweenCommaAndColon) {
-    EXPECT_EQ(textsOf({"b", "", "long name"}), (Texts{",\"\":", ",\"b\":", ",\"long name\":"}));
+TEST(ReadyNames, StandBetweenCommaAndColonButForTheFirst) {
+    EXPECT_EQ(textsOf({"b", "", "long name"}), (Texts{"\"\":", ",\"b\":", ",\"long name\":"}));
 }
 
 TEST(ReadyNames, HoldTheirEscapes) {
     EXPECT_EQ(textsOf({"a\"b\\c", "t\tn\nr\rf\fb\b", "\x01\x7F"}),
-              (Texts{",\"\x01\x7F\":", ",\"a\\\"b\\\\c\":", ",\"t\\tn\\nr\\rf\\fb\\b\":"}));
+              (Texts{"\"\x01\x7F\":", ",\"a\\\"b\\\\c\":", ",\"t\\tn\\nr\\rf\\fb\\b\":"}));
 }
 
 TEST(ReadyNames, LeaveOutWhatOptionsAndCodePageDecide) {
@@ -64,7 +64,7 @@ TEST(ReadyNames, AreTheSameForThreadsThatMeetAtTheMaking) {
         seen[1] = &ReadyNames::of(shape);
         other.join();
         ASSERT_EQ(seen[0], seen[1]);
-        ASSERT_EQ(textsOf(shape), Texts{",\"name\":"});
+        ASSERT_EQ(textsOf(shape), Texts{"\"name\":"});
     }
 }
 

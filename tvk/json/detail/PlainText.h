@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "tvk/json/detail/TextBlock.h"
+#include "tvk/platform/TextRoom.h"
 
 namespace tvk::detail {
 
@@ -14,7 +15,7 @@ namespace tvk::detail {
 template <HighBytes HIGH_BYTES, class Block = TextBlock>
 class PlainBytes {
 public:
-    explicit PlainBytes(bool escapesSlash) : slash_(escapesSlash ? '/' : '"') {}
+    explicit PlainBytes(bool escapesSlash) : slash_(Block::patternOf(escapesSlash ? '/' : '"')) {}
 
     /// Copies the bytes up to the first one that needs attention, and returns their number. Room:
     /// `length` bytes at `output`, of which those behind the result may change as well.
@@ -44,6 +45,17 @@ public:
         }
         std::memcpy(output + last, text + last, Block::SIZE);
         return plainBytes(Block(text + last)) == Block::SIZE;
+    }
+
+    /// The same for up to a block of bytes at the start of a CString, which can be read beyond its
+    /// end. Room: a block at `output`.
+    bool copyStart(char const * text, std::size_t length, char * output) const {
+        if (length >= platform::LONGER_TEXT) {
+            std::memcpy(output, text, Block::SIZE);
+            return plainBytes(Block(text)) >= length;
+        }
+        std::memcpy(output, text, sizeof(std::uint32_t));
+        return plainBytes(Block(loadWord<std::uint32_t>(text), 0)) >= length;
     }
 
 private:
@@ -93,9 +105,10 @@ private:
         return plain < 3 ? places[plain] : length;
     }
 
-    char slash_;  // the quote again where a slash is plain
+    typename Block::Pattern slash_;  // the quote again where a slash is plain
 };
 
 using PlainAscii = PlainBytes<HighBytes::NEED_ATTENTION>;
+using PlainUtf8 = PlainBytes<HighBytes::PLAIN>;
 
 }  // namespace tvk::detail

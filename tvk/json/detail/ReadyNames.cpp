@@ -11,8 +11,8 @@ namespace tvk::detail {
 namespace {
 
 /// The name in JSON text, if that is the same under all options and in every code page.
-std::optional<std::string> textOf(CString const & name) {
-    std::string text = ",\"";
+std::optional<std::string> textOf(CString const & name, bool isFirst) {
+    std::string text = isFirst ? "\"" : ",\"";
     for (int i = 0; i < name.GetLength(); ++i) {
         char const byte = name[i];
         if (byte == '/' || byte == '\0' || static_cast<unsigned char>(byte) >= 0x80) {
@@ -34,10 +34,10 @@ ReadyNames const & ReadyNames::make(FieldShape const & shape) {
     return static_cast<ReadyNames const &>(shape.keep(std::make_unique<ReadyNames const>(shape)));
 }
 
-ReadyNames::ReadyNames(FieldShape const & shape) {
+ReadyNames::ReadyNames(FieldShape const & shape) : shape_(shape) {
     names_.reserve(shape.count());
     for (std::size_t place = 0; place < shape.count(); ++place) {
-        std::optional<std::string> const text = textOf(shape.name(place));
+        std::optional<std::string> const text = textOf(shape.name(place), place == 0);
         bool const isReady =
             text.has_value() &&
             text->size() < std::numeric_limits<std::uint32_t>::max() - texts_.size();

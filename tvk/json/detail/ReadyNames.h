@@ -8,7 +8,8 @@
 
 namespace tvk::detail {
 
-/// The names of a shape as they stand in JSON text, `,"name":`, to be copied in blocks. They are
+/// The names of a shape as they stand in JSON text, `,"name":` and the first one without the comma,
+/// to be copied in blocks. They are
 /// settled once, when a record of the shape is written first.
 ///
 /// Threads: immutable. Two threads may meet at the making; one of the results stays.
@@ -28,6 +29,8 @@ public:
 
     explicit ReadyNames(FieldShape const & shape);
 
+    FieldShape const & shape() const { return shape_; }
+
     /// In the order of the shape.
     Name const * names() const { return names_.data(); }
     /// A block can be read from the start of each name on.
@@ -36,6 +39,7 @@ public:
 private:
     static ReadyNames const & make(FieldShape const & shape);
 
+    FieldShape const & shape_;
     std::vector<Name> names_;
     std::vector<char> texts_;
 };

@@ -36,19 +36,24 @@ enum class HighBytes { PLAIN, NEED_ATTENTION };
 
 // Both forms of a block of sixteen bytes tell how many bytes stand before the first one that needs
 // attention in a JSON string: quote, backslash, `slash`, which is the quote again where a slash is
-// plain, what lies below 0x20, and perhaps what is 0x80 and above.
+// plain, what lies below 0x20, and perhaps what is 0x80 and above. A byte in all places of a block is
+// a Pattern.
 
 /// Two words: the form for every processor.
 class WordBlock {
 public:
+    using Pattern = std::uint64_t;
+
     static constexpr std::size_t SIZE = 16;
+
+    static Pattern patternOf(char byte) { return EACH_BYTE * static_cast<unsigned char>(byte); }
 
     explicit WordBlock(char const * text)
         : WordBlock(loadWord<std::uint64_t>(text), loadWord<std::uint64_t>(text + 8)) {}
     WordBlock(std::uint64_t first, std::uint64_t second) : first_(first), second_(second) {}
 
     template <HighBytes HIGH_BYTES>
-    std::size_t plainBytes(char slash) const {
+    std::size_t plainBytes(Pattern const & slash) const {
         if (std::uint64_t const marks = attention<HIGH_BYTES>(first_, slash); marks != 0) {
             return bytesBelow(marks);
         }
@@ -62,14 +67,15 @@ private:
 
     /// The high bit of each byte that needs attention; above the first of them also of others.
     template <HighBytes HIGH_BYTES>
-    static std::uint64_t attention(std::uint64_t word, char slash) {
-        auto const equals = [word](char byte) {
-            std::uint64_t const difference = word ^ EACH_BYTE * static_cast<unsigned char>(byte);
+    static std::uint64_t attention(std::uint64_t word, Pattern slash) {
+        auto const equals = [word](Pattern pattern) {
+            std::uint64_t const difference = word ^ pattern;
             return (difference - EACH_BYTE) & ~difference;
         };
         std::uint64_t const control = (word - EACH_BYTE * 0x20) & ~word;
         std::uint64_t const high = HIGH_BYTES == HighBytes::PLAIN ? 0 : word;
-        return (control | equals('"') | equals('\\') | equals(slash) | high) & HIGH_BITS;
+        return (control | equals(patternOf('"')) | equals(patternOf('\\')) | equals(slash) | high) &
+               HIGH_BITS;
     }
 
     static std::size_t bytesBelow(std::uint64_t marks) {
@@ -85,7 +91,11 @@ private:
 /// One vector register.
 class Sse2Block {
 public:
+    using Pattern = __m128i;
+
     static constexpr std::size_t SIZE = 16;
+
+    static Pattern patternOf(char byte) { return _mm_set1_epi8(byte); }
 
     explicit Sse2Block(char const * text)
         : bytes_(_mm_loadu_si128(reinterpret_cast<__m128i const *>(text))) {}
@@ -93,16 +103,16 @@ public:
         : bytes_(_mm_set_epi64x(static_cast<long long>(second), static_cast<long long>(first))) {}
 
     template <HighBytes HIGH_BYTES>
-    std::size_t plainBytes(char slash) const {
-        __m128i const special =
-            _mm_or_si128(_mm_or_si128(equals('"'), equals('\\')), equals(slash));
+    std::size_t plainBytes(Pattern const & slash) const {
+        __m128i const special = _mm_or_si128(
+            _mm_or_si128(equals(patternOf('"')), equals(patternOf('\\'))), equals(slash));
         __m128i const marks = _mm_or_si128(special, control<HIGH_BYTES>());
         return static_cast<std::size_t>(
             std::countr_zero(static_cast<unsigned int>(_mm_movemask_epi8(marks)) | 1U << SIZE));
     }
 
 private:
-    __m128i equals(char byte) const { return _mm_cmpeq_epi8(bytes_, _mm_set1_epi8(byte)); }
+    __m128i equals(__m128i pattern) const { return _mm_cmpeq_epi8(bytes_, pattern); }
 
     template <HighBytes HIGH_BYTES>
     __m128i control() const {

@@ -30,6 +30,11 @@ public:
         return *record.fields_;
     }
 
+    template <class Interface>
+    static FieldMap const & of(MappedFields<Interface> const & record) {
+        return *record.fields_;
+    }
+
     /// Those of a record of exactly one of the library's own classes, which give getAllFields in the
     /// order that stands here; null for any other record, derived ones included.
     static FieldMap const * ofOwn(RecordData const & record);
