@@ -134,6 +134,59 @@ TEST_F(JsonMessageParserRecords, OfAKnownKindCostNothingByTheField) {
               allocationsOf(R"({"a":1})"));
 }
 
+TEST_F(JsonMessageParserRecords, OfOneKindShareTheirNames) {
+    auto const first = parse(R"({"b":1,"a":2})");
+    auto const second = parse(R"({"b":"x","a":true})");
+    ASSERT_EQ(first->getFieldCount(), 2u);
+    for (std::size_t i = 0; i < 2; ++i) {
+        EXPECT_EQ(first->getAllFields()[i].name, second->getAllFields()[i].name);
+    }
+}
+
+TEST_F(JsonMessageParserRecords, LackTheFieldsThatAreNull) {
+    for (int round = 0; round < 3; ++round) {
+        for (auto const & [json, names] :
+             {std::pair{R"({"a":1,"b":2,"c":3})", std::vector<CString>{"a", "b", "c"}},
+              {R"({"a":1,"b":null,"c":3})", {"a", "c"}},
+              {R"({"a":null,"b":null,"c":3,"d":null})", {"c"}},
+              {R"({"a":null})", {}},
+              {R"({"a":null,"a":1,"b":[null],"c":null})", {"a", "b"}}}) {
+            EXPECT_EQ(parse(json)->getFieldNames(), names) << json;
+        }
+    }
+}
+
+/// `count` fields of one letter and a number, the value of each being its number.
+std::string fieldsOf(char letter, int count) {
+    std::string json;
+    for (int i = 0; i < count; ++i) {
+        json += (i == 0 ? "\"" : ",\"") + (letter + std::to_string(i)) + "\":" + std::to_string(i);
+    }
+    return json;
+}
+
+TEST_F(JsonMessageParserRecords, OfManyNamesAreLikeOthers) {
+    std::string const many = fieldsOf('a', 300);
+    std::string const json =
+        "{" + many + R"(,"x":null,"list":[1],"record":{)" + many + R"(},"a7":"again","y":null})";
+    for (int round = 0; round < 2; ++round) {
+        auto const message = parse(json);
+        ASSERT_EQ(message->getFieldCount(), 302u);
+        EXPECT_EQ(message->getFieldValue("a7")->asString(), "again");
+        EXPECT_EQ(message->getFieldValue("a299")->intValue(), 299);
+        EXPECT_EQ(message->getFieldValue("list")->asList().getElementTypeName(), "list");
+        EXPECT_EQ(message->getFieldValue("record")->asRecord().getFieldCount(), 300u);
+        EXPECT_FALSE(message->hasField("x"));
+    }
+}
+
+TEST_F(JsonMessageParserRecords, OfManyNamesThatAreCutLeaveNothingBehind) {
+    std::string const json = "{" + fieldsOf('a', 200) + R"(,"r":{)" + fieldsOf('b', 200) + ",!";
+    test::ExactBuffer const bytes(json);
+    EXPECT_EQ(parser_.parseJsonMessage(bytes.data(), bytes.length(), 0, nullptr), nullptr);
+    EXPECT_EQ(parse(R"({"b":[1]})")->getFieldNames(), (std::vector<CString>{"b"}));
+}
+
 TEST_F(JsonMessageParserRecords, StayWholeWhenTheParserForgets) {
     auto const first = parse(R"({"b":1,"a":{"d":2,"c":3}})");
     for (int i = 0; i < 3000; ++i) {

@@ -2,6 +2,7 @@
 
 #include "tvk/values/detail/DeferredRelease.h"
 #include "tvk/values/detail/PlaceLimit.h"
+#include "tvk/values/detail/ReadyMade.h"
 #include "tvk/values/detail/WrongKind.h"
 
 namespace tvk {
@@ -111,6 +112,15 @@ void ListDataImpl::appendElementsOf(ListData const & other) {
     for (unsigned int i = 0; i < count; ++i) {
         elements_.push_back(other.getElement(i));
     }
+}
+
+detail::ReadyMade::Value detail::ReadyMade::list(CString const & elementTypeName, Value * elements,
+                                                 std::size_t count) {
+    requirePlaces(count);
+    RefCountedPtr<ListDataImpl> list(new ListDataImpl(elementTypeName));
+    list->elements_.assign(std::make_move_iterator(elements),
+                           std::make_move_iterator(elements + count));
+    return list;
 }
 
 }  // namespace tvk

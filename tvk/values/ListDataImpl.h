@@ -8,6 +8,7 @@ namespace tvk {
 
 namespace detail {
 class OwnValues;
+class ReadyMade;
 }
 
 /// A list in one contiguous vector.
@@ -57,6 +58,7 @@ public:
 
 private:
     friend class detail::OwnValues;
+    friend class detail::ReadyMade;
 
     ~ListDataImpl() override;
 

@@ -6,6 +6,7 @@
 #include "tvk/values/MappedMessageHeader.h"
 #include "tvk/values/detail/FieldMap.h"
 #include "tvk/values/detail/PlaceLimit.h"
+#include "tvk/values/detail/ReadyMade.h"
 
 namespace tvk {
 
@@ -37,9 +38,18 @@ SubMessages::iterator placeOf(SubMessages & messages, std::size_t index) {
 }  // namespace
 
 struct MappedMessage::Impl : detail::FieldMap {
-    Impl() : header(new MappedMessageHeader) {}
-    Impl(FieldMap const & fields, KestrinMessageHeader const & headerToCopy)
-        : FieldMap(fields), header(new MappedMessageHeader(headerToCopy)) {}
+    using FieldMap::FieldMap;
+    explicit Impl(MappedMessage const & other)
+        : FieldMap(other.fields()),
+          header(new MappedMessageHeader(other.header())),
+          subMessages(copyOf(other.impl().subMessages)) {}
+
+    MappedMessageHeader & madeHeader() {
+        if (header.isNull()) {
+            header = new MappedMessageHeader;
+        }
+        return *header;
+    }
 
     SubMessages & madeSubMessages() {
         if (subMessages == nullptr) {
@@ -48,24 +58,23 @@ struct MappedMessage::Impl : detail::FieldMap {
         return *subMessages;
     }
 
-    RefCountedPtr<KestrinMessageHeader> header;
-    std::unique_ptr<SubMessages> subMessages;  // null until a first one is stored
+    RefCountedPtr<MappedMessageHeader> header;  // null until somebody asks for it
+    std::unique_ptr<SubMessages> subMessages;   // null until a first one is stored
 };
 
 KestrinMessage::~KestrinMessage() = default;
 
 MappedMessage::MappedMessage() : MappedFields(new Impl) {}
 
-MappedMessage::MappedMessage(MappedMessage const & other)
-    : MappedFields(new Impl(other.fields(), other.header())) {
-    impl().subMessages = copyOf(other.impl().subMessages);
-}
+MappedMessage::MappedMessage(MappedMessage const & other) : MappedFields(new Impl(other)) {}
 
 MappedMessage::MappedMessage(KestrinMessage const & other) : MappedMessage() {
     fields().addMissing(other);
     assignHeaderOf(other);
     impl().subMessages = subMessagesOf(other);
 }
+
+MappedMessage::MappedMessage(Impl * fields) : MappedFields(fields, true) {}
 
 MappedMessage::~MappedMessage() {
     detail::ContainerEnd end;
@@ -83,6 +92,7 @@ MappedMessage::~MappedMessage() {
         impl().header = nullptr;
         fields().endAll(end);
     }
+    detail::FieldMap::end<Impl>(*this);
 }
 
 MappedMessage & MappedMessage::operator=(MappedMessage const & other) {
@@ -91,8 +101,8 @@ MappedMessage & MappedMessage::operator=(MappedMessage const & other) {
         auto subMessages = copyOf(other.impl().subMessages);
         detail::FieldMap body(other.fields());
         assignHeaderOf(other);
-        impl().subMessages.swap(subMessages);
         fields().swap(body);
+        impl().subMessages.swap(subMessages);
     }
     return *this;
 }
@@ -113,9 +123,11 @@ RefCountedPtr<KestrinMessage> MappedMessage::createListMessage(unsigned int coun
     return message;
 }
 
-KestrinMessageHeader & MappedMessage::header() { return *impl().header; }
+KestrinMessageHeader & MappedMessage::header() { return impl().madeHeader(); }
 
-KestrinMessageHeader const & MappedMessage::header() const { return *impl().header; }
+KestrinMessageHeader const & MappedMessage::header() const {
+    return const_cast<MappedMessage *>(this)->impl().madeHeader();
+}
 
 unsigned int MappedMessage::getSubMessageCount() const {
     return impl().subMessages == nullptr ? 0
@@ -174,13 +186,17 @@ void MappedMessage::removeAllSubMessages() {
 /// Deliberate: assigned at the level of the abstract class, which takes over the reference count
 /// and nothing else. So a message that is assigned keeps what its header says.
 void MappedMessage::assignHeaderOf(KestrinMessage const & other) {
-    impl().header->KestrinMessageHeader::operator=(other.header());
+    impl().madeHeader().KestrinMessageHeader::operator=(other.header());
 }
 
 MappedMessage::Impl & MappedMessage::impl() { return static_cast<Impl &>(fields()); }
 
 MappedMessage::Impl const & MappedMessage::impl() const {
     return static_cast<Impl const &>(fields());
+}
+
+detail::ReadyMade::Value detail::ReadyMade::message(ShapeReference shape, Value * arrival) {
+    return inOneBlock<MappedMessage, MappedMessage::Impl>(std::move(shape), arrival);
 }
 
 }  // namespace tvk

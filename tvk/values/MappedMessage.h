@@ -44,7 +44,11 @@ protected:
     ~MappedMessage() override;
 
 private:
+    friend class detail::ReadyMade;
     struct Impl;
+
+    /// With fields in one block with this object.
+    explicit MappedMessage(Impl * fields);
 
     void assignHeaderOf(KestrinMessage const & other);
     Impl & impl();

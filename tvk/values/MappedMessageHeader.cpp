@@ -26,7 +26,11 @@ MappedMessageHeader::MappedMessageHeader(KestrinMessageHeader const & other)
     addFields(other);
 }
 
-MappedMessageHeader::~MappedMessageHeader() = default;
+MappedMessageHeader::~MappedMessageHeader() {
+    detail::ContainerEnd end;
+    fields().endAll(end);
+    detail::FieldMap::end<Impl>(*this);
+}
 
 MappedMessageHeader & MappedMessageHeader::operator=(MappedMessageHeader const & other) {
     if (&other != this) {

@@ -1,6 +1,7 @@
 #include "tvk/values/MappedRecordData.h"
 
 #include "tvk/values/detail/FieldMap.h"
+#include "tvk/values/detail/ReadyMade.h"
 
 namespace tvk {
 
@@ -13,7 +14,13 @@ MappedRecordData::MappedRecordData(RecordData const & other) : MappedRecordData(
     fields().addMissing(other);
 }
 
-MappedRecordData::~MappedRecordData() = default;
+MappedRecordData::MappedRecordData(detail::FieldMap * fields) : MappedFields(fields, true) {}
+
+MappedRecordData::~MappedRecordData() {
+    detail::ContainerEnd end;
+    fields().endAll(end);
+    detail::FieldMap::end<detail::FieldMap>(*this);
+}
 
 MappedRecordData & MappedRecordData::operator=(MappedRecordData const & other) {
     if (&other != this) {
@@ -29,6 +36,10 @@ MappedRecordData & MappedRecordData::operator=(RecordData const & other) {
         fields().addMissing(other);
     }
     return *this;
+}
+
+detail::ReadyMade::Value detail::ReadyMade::record(ShapeReference shape, Value * arrival) {
+    return inOneBlock<MappedRecordData, FieldMap>(std::move(shape), arrival);
 }
 
 }  // namespace tvk

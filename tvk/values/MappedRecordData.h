@@ -23,6 +23,12 @@ public:
 
 protected:
     ~MappedRecordData() override;
+
+private:
+    friend class detail::ReadyMade;
+
+    /// With fields in one block with this object.
+    explicit MappedRecordData(detail::FieldMap * fields);
 };
 
 }  // namespace tvk

@@ -64,6 +64,15 @@ public:
 
     void swap(RefCountedPtr & other) noexcept { std::swap(pointer_, other.pointer_); }
 
+    /// Gives up the object without releasing it: its count is the caller's.
+    T * detach() noexcept { return std::exchange(pointer_, nullptr); }
+    /// Takes over a count that the caller has.
+    static RefCountedPtr attached(T * counted) noexcept {
+        RefCountedPtr reference;
+        reference.pointer_ = counted;
+        return reference;
+    }
+
 private:
     template <class U>
     friend class RefCountedPtr;

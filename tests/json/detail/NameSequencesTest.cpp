@@ -65,8 +65,8 @@ TEST_F(NameSequencesTest, SeesAllBytesOfAName) {
 }
 
 TEST_F(NameSequencesTest, GivesAllRecordsOfASequenceOneShape) {
-    std::shared_ptr<FieldShape const> const shape = of("ba").shape();
-    EXPECT_EQ(of("ba").shape(), shape);
+    ShapeReference const shape = of("ba").shape();
+    EXPECT_EQ(of("ba").shape().get(), shape.get());
     EXPECT_EQ(shape->count(), 2u);
     EXPECT_EQ(shape->placeOfArrival(0), 1u);
 }
@@ -108,7 +108,7 @@ TEST_F(NameSequencesTest, StartsAnewOnceItIsFull) {
         }
     }
     ASSERT_EQ(kept, 2048);
-    std::shared_ptr<FieldShape const> const shape = extended(*sequences_.empty(), "0")->shape();
+    ShapeReference const shape = extended(*sequences_.empty(), "0")->shape();
     EXPECT_EQ(extended(*sequences_.empty(), "one more"), nullptr);
     sequences_.forgetIfFull();
     EXPECT_NE(extended(*sequences_.empty(), "one more"), nullptr);

@@ -12,6 +12,7 @@
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/MappedRecordData.h"
 #include "tvk/values/StringData.h"
+#include "tvk/values/detail/ReadyMade.h"
 
 // What a record does is told in the tests of its class; here stands that a record with a shape does
 // the same.
@@ -24,12 +25,17 @@ using Value = RefCountedPtr<FieldValue>;
 using Record = RefCountedPtr<MappedRecordData>;
 using Content = std::vector<std::pair<CString, FieldValue const *>>;
 
-std::shared_ptr<FieldShape const> shapeOf(std::vector<CString> const & arrival) {
+ShapeReference shapeOf(std::vector<CString> const & arrival) {
     std::vector<CString const *> pointers;
     for (CString const & name : arrival) {
         pointers.push_back(&name);
     }
-    return std::make_shared<FieldShape const>(pointers);
+    return ShapeReference(new FieldShape(pointers));
+}
+
+Record shapedRecord(ShapeReference shape, std::vector<Value> & arrival) {
+    return static_cast<MappedRecordData *>(
+        ReadyMade::record(std::move(shape), arrival.data()).get());
 }
 
 Value text(char const * bytes) { return new StringData(bytes); }
@@ -47,14 +53,14 @@ class ShapedRecord : public testing::Test {
 protected:
     ShapedRecord() {
         std::vector<Value> arrival = {two_, one_, nullptr};
-        FieldMap::of(*record_).adopt(shapeOf({"b", "a", "n"}), arrival.data(), arrival.size());
+        record_ = shapedRecord(shapeOf({"b", "a", "n"}), arrival);
         EXPECT_EQ(arrival, std::vector<Value>(3));
     }
 
     Value const one_ = text("1");
     Value const two_ = text("2");
     Value const three_ = text("3");
-    Record const record_ = new MappedRecordData;
+    Record record_;
 };
 
 TEST_F(ShapedRecord, HoldsTheValuesInTheOrderOfTheNames) {
@@ -132,20 +138,19 @@ TEST_F(ShapedRecord, FillsInWhatIsMissing) {
 }
 
 TEST_F(ShapedRecord, OfAMessageIsItsBody) {
-    RefCountedPtr<MappedMessage> const message = new MappedMessage;
     std::vector<Value> arrival = {one_};
-    FieldMap::of(*message).adopt(shapeOf({"a"}), arrival.data(), 1);
+    RefCountedPtr<MappedMessage> const message =
+        static_cast<MappedMessage *>(ReadyMade::message(shapeOf({"a"}), arrival.data()).get());
     RefCountedPtr<MappedMessage> const copy = new MappedMessage(*message);
     EXPECT_EQ(contentOf(*copy), (Content{{"a", one_.get()}}));
     EXPECT_EQ(message->header().getFieldCount(), 0u);
 }
 
 TEST(FieldMapAdopt, LetsTheLastValueOfANameStand) {
-    Record const record = new MappedRecordData;
     Value const first = text("1");
     Value const last = text("2");
     std::vector<Value> arrival = {first, text("x"), last};
-    FieldMap::of(*record).adopt(shapeOf({"b", "a", "b"}), arrival.data(), 3);
+    Record const record = shapedRecord(shapeOf({"b", "a", "b"}), arrival);
     EXPECT_EQ(record->getFieldCount(), 2u);
     EXPECT_EQ(record->getFieldValue("b"), last);
     EXPECT_EQ(first->getRefCount(), 1);
@@ -154,12 +159,11 @@ TEST(FieldMapAdopt, LetsTheLastValueOfANameStand) {
 TEST(FieldMapEnd, ReleasesTheLastFieldFirst) {
     ProbeLog log;
     {
-        Record const record = new MappedRecordData;
         std::vector<Value> arrival;
         for (char const * const name : {"b", "c", "a"}) {
             arrival.push_back(new ProbeValue(log, FLDTYPE_STRING, name));
         }
-        FieldMap::of(*record).adopt(shapeOf({"b", "c", "a"}), arrival.data(), 3);
+        Record const record = shapedRecord(shapeOf({"b", "c", "a"}), arrival);
         log.events.clear();
     }
     EXPECT_EQ(log.events, (std::vector<std::string>{"end c", "end b", "end a"}));
@@ -170,9 +174,7 @@ TEST(FieldMapEnd, IsFlatHoweverDeepShapedRecordsNest) {
     Value innermost = text("x");
     Value record = innermost;
     for (int depth = 0; depth < 1'000'000; ++depth) {
-        auto * const outer = new MappedRecordData;
-        FieldMap::of(*outer).adopt(shape, &record, 1);
-        record = outer;
+        record = ReadyMade::record(shape, &record);
     }
     record = nullptr;
     EXPECT_EQ(innermost->getRefCount(), 1);
@@ -185,7 +187,6 @@ TEST(FieldMap, AgreesWithAPlainMapWhateverIsDone) {
     };
     auto const name = [&below] { return CString(static_cast<char>('a' + below(12)), 1); };
     for (int round = 0; round < 300; ++round) {
-        Record const record = new MappedRecordData;
         std::map<CString, Value> model;
         std::vector<CString> names;
         std::vector<Value> arrival;
@@ -194,7 +195,7 @@ TEST(FieldMap, AgreesWithAPlainMapWhateverIsDone) {
             arrival.push_back(below(8) == 0 ? nullptr : text("x"));
             model[names.back()] = arrival.back();
         }
-        FieldMap::of(*record).adopt(shapeOf(names), arrival.data(), arrival.size());
+        Record const record = shapedRecord(shapeOf(names), arrival);
         for (int step = 0; step < 12; ++step) {
             CString const key = name();
             switch (below(4)) {

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace tvk::detail {
 namespace {
@@ -49,6 +52,59 @@ TEST(FieldShape, FindsWhatIsThere) {
     EXPECT_EQ(shape.find("a"), shape.count());
     EXPECT_EQ(shape.find("c"), shape.count());
     EXPECT_EQ(shapeOf({}).find("a"), 0u);
+}
+
+TEST(ShapeReference, KeepsTheShape) {
+    CString const name("name");
+    ShapeReference last;
+    {
+        ShapeReference const first(new FieldShape({&name}));
+        ShapeReference second = first;
+        last = std::move(second);
+        EXPECT_EQ(last.get(), first.get());
+        EXPECT_TRUE(second.isNull());
+    }
+    EXPECT_EQ(last->name(0), "name");
+}
+
+TEST(ShapeSource, HandsOutReferencesThatOutliveIt) {
+    CString const name("name");
+    std::vector<ShapeReference> references;
+    {
+        ShapeSource source;
+        EXPECT_TRUE(source.isEmpty());
+        source.set(new FieldShape({&name}));
+        for (int i = 0; i < 10000; ++i) {
+            references.push_back(source.next());
+        }
+    }
+    EXPECT_EQ(references.back()->name(0), "name");
+    references.erase(references.begin() + 1, references.end());
+    EXPECT_EQ(references.front()->name(0), "name");
+}
+
+TEST(ShapeSource, HandsOutReferencesThatEndOnAnyThread) {
+    CString const name("name");
+    ShapeSource source;
+    source.set(new FieldShape({&name}));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        std::vector<ShapeReference> references;
+        for (int k = 0; k < 3000; ++k) {
+            references.push_back(source.next());
+        }
+        threads.emplace_back([references = std::move(references)]() mutable {
+            while (!references.empty()) {
+                ShapeReference const copy = references.back();
+                EXPECT_EQ(copy->count(), 1u);
+                references.pop_back();
+            }
+        });
+    }
+    for (std::thread & thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(source.next()->name(0), "name");
 }
 
 }  // namespace

@@ -1,21 +1,33 @@
 #include "tvk/json/detail/NameSequences.h"
 
+#include <algorithm>
+
 namespace tvk::detail {
 
 std::vector<CString const *> NameSequences::Sequence::names() const {
-    std::vector<CString const *> names(length_);
-    Sequence const * at = this;
-    for (std::size_t i = length_; i-- > 0; at = at->shorter_) {
-        names[i] = &at->name_;
+    std::vector<CString const *> names;
+    names.reserve(length_);
+    for (Sequence const * at = this; at->shorter_ != nullptr; at = at->shorter_) {
+        if (!at->isPassedOver_) {
+            names.push_back(&at->name_);
+        }
     }
+    std::reverse(names.begin(), names.end());
     return names;
 }
 
-std::shared_ptr<FieldShape const> const & NameSequences::Sequence::shape() {
-    if (shape_ == nullptr) {
-        shape_ = std::make_shared<FieldShape const>(names());
+ShapeReference NameSequences::Sequence::shape() {
+    Sequence * sequence = this;
+    while (sequence->isPassedOver_) {
+        sequence = sequence->shorter_;
     }
-    return shape_;
+    if (sequence->shorter_ == nullptr) {
+        return ShapeReference();
+    }
+    if (sequence->shape_.isEmpty()) {
+        sequence->shape_.set(new FieldShape(sequence->names()));
+    }
+    return sequence->shape_.next();
 }
 
 NameSequences::Sequence * NameSequences::otherExtended(Sequence & sequence, char const * name,
@@ -39,6 +51,18 @@ NameSequences::Sequence * NameSequences::otherExtended(Sequence & sequence, char
     longer.sibling_ = sequence.firstLonger_;
     sequence.firstLonger_ = &longer;
     return sequence.expected_ = &longer;
+}
+
+NameSequences::Sequence * NameSequences::otherPassedOver(Sequence & sequence) {
+    if (sequences_.size() == MAXIMUM_COUNT) {
+        return sequence.shorter_;
+    }
+    Sequence & passedOver = sequences_.emplace_back();
+    passedOver.name_ = sequence.name_;
+    passedOver.shorter_ = sequence.shorter_;
+    passedOver.isPassedOver_ = true;
+    passedOver.length_ = sequence.length_;
+    return sequence.passedOver_ = &passedOver;
 }
 
 void NameSequences::forgetIfFull() {

@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <deque>
-#include <memory>
 #include <vector>
 
 #include "tvk/platform/CString.h"
@@ -23,10 +22,10 @@ public:
     public:
         /// The last name. The empty sequence has none.
         CString const & name() const { return name_; }
-        /// From the first name to the last one.
+        /// From the first name to the last one, without those that were passed over.
         std::vector<CString const *> names() const;
-        /// Made when it is first asked for.
-        std::shared_ptr<FieldShape const> const & shape();
+        /// Made when it is first asked for; the empty sequence has none.
+        ShapeReference shape();
 
     private:
         friend class NameSequences;
@@ -37,12 +36,14 @@ public:
         }
 
         CString name_;
-        Sequence const * shorter_ = nullptr;
+        Sequence * shorter_ = nullptr;
+        bool isPassedOver_ = false;  // the last name
         unsigned int length_ = 0;
         Sequence * expected_ = nullptr;  // the longer one that came last
         Sequence * firstLonger_ = nullptr;
-        Sequence * sibling_ = nullptr;  // another one with the same names before the last
-        std::shared_ptr<FieldShape const> shape_;
+        Sequence * sibling_ = nullptr;     // another one with the same names before the last
+        Sequence * passedOver_ = nullptr;  // the same names, the last one passed over
+        ShapeSource shape_;
     };
 
     Sequence * empty() { return &empty_; }
@@ -55,6 +56,12 @@ public:
                    : otherExtended(sequence, name, length);
     }
 
+    /// The sequence where the last name brings no field with it: a null came. It has the shape of the
+    /// shorter one, but it knows what follows such a name.
+    Sequence * lastPassedOver(Sequence & sequence) {
+        return sequence.passedOver_ != nullptr ? sequence.passedOver_ : otherPassedOver(sequence);
+    }
+
     /// Starts anew when the bounds have been reached. No sequence may be in use.
     void forgetIfFull();
 
@@ -65,6 +72,7 @@ private:
     static constexpr unsigned int MAXIMUM_SIBLINGS = 32;
 
     Sequence * otherExtended(Sequence & sequence, char const * name, unsigned int length);
+    Sequence * otherPassedOver(Sequence & sequence);
 
     Sequence empty_;
     std::deque<Sequence> sequences_;

@@ -4,12 +4,12 @@ namespace tvk::detail {
 
 constinit thread_local ContainerEnd::ThreadState ContainerEnd::state = {0, nullptr};
 
-ContainerEnd::ContainerEnd() noexcept {
-    if (++state.depth > MAXIMUM_DEPTH) {
-        if (state.pending == nullptr) {
-            state.pending = &own_;
+ContainerEnd::ContainerEnd() noexcept : thread_(state) {
+    if (++thread_.depth > MAXIMUM_DEPTH) {
+        if (thread_.pending == nullptr) {
+            thread_.pending = &own_;
         }
-        pending_ = state.pending;
+        pending_ = thread_.pending;
     }
 }
 
@@ -19,9 +19,9 @@ ContainerEnd::~ContainerEnd() {
             RefCountedPtr<RefCounted> const last = std::move(own_.back());
             own_.pop_back();
         }
-        state.pending = nullptr;
+        thread_.pending = nullptr;
     }
-    --state.depth;
+    --thread_.depth;
 }
 
 }  // namespace tvk::detail

@@ -70,6 +70,7 @@ private:
     };
     static thread_local ThreadState state;
 
+    ThreadState & thread_;
     Pending own_;  // the list, in the ContainerEnd that works it off
     Pending * pending_ = nullptr;
 };

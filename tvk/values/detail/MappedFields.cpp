@@ -6,13 +6,7 @@
 namespace tvk::detail {
 
 template <class Interface>
-MappedFields<Interface>::~MappedFields() {
-    {
-        ContainerEnd end;
-        fields_->endAll(end);
-    }
-    delete fields_;
-}
+MappedFields<Interface>::~MappedFields() = default;
 
 template <class Interface>
 FieldTypeEnum MappedFields<Interface>::getFieldType() const {
@@ -112,12 +106,12 @@ void MappedFields<Interface>::setFieldValue(CString const & name,
 
 template <class Interface>
 void MappedFields<Interface>::removeField(CString const & name) {
-    fields_->map().erase(name);
+    fields_->remove(name);
 }
 
 template <class Interface>
 void MappedFields<Interface>::removeAllFields() {
-    fields_->map().clear();
+    fields_->removeAll();
 }
 
 template class MappedFields<RecordData>;

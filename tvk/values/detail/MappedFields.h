@@ -7,6 +7,7 @@
 namespace tvk::detail {
 
 class FieldMap;
+class ReadyMade;
 
 /// What the map-backed record, message and header have in common: the fields, always in ascending
 /// order of their names' bytes, and the answers of a record to the accessors of other kinds.
@@ -44,8 +45,10 @@ public:
     void removeAllFields() override;
 
 protected:
-    /// Takes `fields` over.
-    explicit MappedFields(FieldMap * fields) : fields_(fields) {}
+    /// Takes `fields` over: the destructor of the class that made them hands them to FieldMap::end.
+    /// They may lie in one block with this object.
+    explicit MappedFields(FieldMap * fields, bool isInOneBlock = false)
+        : isInOneBlock_(isInOneBlock), fields_(fields) {}
     MappedFields(MappedFields const &) = delete;
     MappedFields & operator=(MappedFields const &) = delete;
     ~MappedFields() override;
@@ -56,6 +59,7 @@ protected:
 private:
     friend class FieldMap;
 
+    bool isInOneBlock_;
     FieldMap * fields_;
 };
 
