@@ -8,6 +8,7 @@
 #include "tests/support/ExactBuffer.h"
 #include "tests/support/PrintCString.h"
 #include "tvk/json/JsonMessageParser.h"
+#include "tvk/values/ListData.h"
 #include "tvk/values/MappedRecordData.h"
 
 // How records come to their fields, whichever way the parser builds them: as if each field had been

@@ -1,5 +1,7 @@
 #include "tvk/values/ListDataImpl.h"
 
+#include <algorithm>
+
 #include "tvk/values/detail/DeferredRelease.h"
 #include "tvk/values/detail/PlaceLimit.h"
 #include "tvk/values/detail/ReadyMade.h"
@@ -114,12 +116,12 @@ void ListDataImpl::appendElementsOf(ListData const & other) {
     }
 }
 
-detail::ReadyMade::Value detail::ReadyMade::list(CString const & elementTypeName, Value * elements,
-                                                 std::size_t count) {
+detail::ReadyMade::Value detail::ReadyMade::list(CString const & elementTypeName,
+                                                 FieldValue * const * elements, std::size_t count) {
     requirePlaces(count);
     RefCountedPtr<ListDataImpl> list(new ListDataImpl(elementTypeName));
-    list->elements_.assign(std::make_move_iterator(elements),
-                           std::make_move_iterator(elements + count));
+    list->elements_.resize(count);
+    std::transform(elements, elements + count, list->elements_.begin(), Value::attached);
     return list;
 }
 

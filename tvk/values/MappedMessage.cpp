@@ -39,6 +39,7 @@ SubMessages::iterator placeOf(SubMessages & messages, std::size_t index) {
 
 struct MappedMessage::Impl : detail::FieldMap {
     using FieldMap::FieldMap;
+    Impl() = default;
     explicit Impl(MappedMessage const & other)
         : FieldMap(other.fields()),
           header(new MappedMessageHeader(other.header())),
@@ -195,7 +196,8 @@ MappedMessage::Impl const & MappedMessage::impl() const {
     return static_cast<Impl const &>(fields());
 }
 
-detail::ReadyMade::Value detail::ReadyMade::message(ShapeReference shape, Value * arrival) {
+detail::ReadyMade::Value detail::ReadyMade::message(ShapeReference shape,
+                                                    FieldValue * const * arrival) {
     return inOneBlock<MappedMessage, MappedMessage::Impl>(std::move(shape), arrival);
 }
 

@@ -38,7 +38,8 @@ MappedRecordData & MappedRecordData::operator=(RecordData const & other) {
     return *this;
 }
 
-detail::ReadyMade::Value detail::ReadyMade::record(ShapeReference shape, Value * arrival) {
+detail::ReadyMade::Value detail::ReadyMade::record(ShapeReference shape,
+                                                   FieldValue * const * arrival) {
     return inOneBlock<MappedRecordData, FieldMap>(std::move(shape), arrival);
 }
 

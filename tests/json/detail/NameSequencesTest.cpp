@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "tests/support/ExactBuffer.h"
 
@@ -69,6 +70,64 @@ TEST_F(NameSequencesTest, GivesAllRecordsOfASequenceOneShape) {
     EXPECT_EQ(of("ba").shape().get(), shape.get());
     EXPECT_EQ(shape->count(), 2u);
     EXPECT_EQ(shape->placeOfArrival(0), 1u);
+}
+
+TEST_F(NameSequencesTest, FindsANameInItsFormOnTheWire) {
+    std::string const longName(40, 'n');
+    for (std::string const & name : {std::string(), std::string("p"), std::string("exactly 13..."),
+                                     std::string("one more: 14.."), longName}) {
+        SCOPED_TRACE(name);
+        NameSequences sequences;
+        Sequence & known = *sequences.extended(*sequences.empty(), name.data(),
+                                               static_cast<unsigned int>(name.size()));
+        std::string const wire = '"' + name + "\":";
+        auto const found = [&](std::string const & text) {
+            test::ExactBuffer const bytes(text);
+            return sequences.empty()->next(bytes.data(), bytes.length());
+        };
+        EXPECT_EQ(known.wireSize(), wire.size());
+        EXPECT_EQ(found(wire + "                "), &known);
+        EXPECT_EQ(found(wire), wire.size() < 16 ? nullptr : &known);
+        EXPECT_EQ(found(""), nullptr);
+        for (std::size_t i = 0; i < wire.size(); ++i) {
+            std::string other = wire + "                ";
+            other[i] = '~';
+            EXPECT_EQ(found(other), nullptr) << i;
+        }
+        EXPECT_EQ(found(wire.substr(0, wire.size() - 1) + " :              "), nullptr);
+    }
+}
+
+TEST_F(NameSequencesTest, LooksCloserAtNamesThatMayStandInOtherForms) {
+    for (std::string const & name :
+         std::vector<std::string>{"caf\xC3\xA9", "a\"b", "a\\b", {"a\0b", 3}}) {
+        NameSequences sequences;
+        Sequence & known = *sequences.extended(*sequences.empty(), name.data(),
+                                               static_cast<unsigned int>(name.size()));
+        std::string const text = '"' + name + "\":                  ";
+        EXPECT_EQ(sequences.empty()->next(text.data(), text.size()), nullptr);
+        EXPECT_EQ(known.wireSize(), 0u);
+    }
+}
+
+TEST_F(NameSequencesTest, FindsWhatFollowedEarlierToo) {
+    Sequence & first = of("a");
+    of("b");
+    EXPECT_EQ(sequences_.empty()->next("\"a\":              ", 18), &first);
+    EXPECT_EQ(sequences_.empty()->next("\"c\":              ", 18), nullptr);
+}
+
+TEST_F(NameSequencesTest, PassesOverANameThatBringsNoField) {
+    Sequence & both = of("ab");
+    Sequence * const passedOver = sequences_.lastPassedOver(both);
+    EXPECT_EQ(sequences_.lastPassedOver(both), passedOver);
+    EXPECT_NE(passedOver, &of("a"));
+    EXPECT_EQ(namesOf(*passedOver), "a");
+    EXPECT_EQ(passedOver->shape().get(), of("a").shape().get());
+    Sequence * const third = extended(*passedOver, "c");
+    EXPECT_EQ(namesOf(*third), "ac");
+    EXPECT_EQ(third->shape()->count(), 2u);
+    EXPECT_TRUE(sequences_.lastPassedOver(of("x"))->shape().isNull());
 }
 
 TEST_F(NameSequencesTest, KeepsNoLongName) {

@@ -33,9 +33,18 @@ ShapeReference shapeOf(std::vector<CString> const & arrival) {
     return ShapeReference(new FieldShape(pointers));
 }
 
+/// Takes the values out of `arrival`.
+std::vector<FieldValue *> counted(std::vector<Value> & arrival) {
+    std::vector<FieldValue *> values;
+    for (Value & value : arrival) {
+        values.push_back(value.detach());
+    }
+    return values;
+}
+
 Record shapedRecord(ShapeReference shape, std::vector<Value> & arrival) {
-    return static_cast<MappedRecordData *>(
-        ReadyMade::record(std::move(shape), arrival.data()).get());
+    Value const record = ReadyMade::record(std::move(shape), counted(arrival).data());
+    return static_cast<MappedRecordData *>(record.get());
 }
 
 Value text(char const * bytes) { return new StringData(bytes); }
@@ -139,8 +148,8 @@ TEST_F(ShapedRecord, FillsInWhatIsMissing) {
 
 TEST_F(ShapedRecord, OfAMessageIsItsBody) {
     std::vector<Value> arrival = {one_};
-    RefCountedPtr<MappedMessage> const message =
-        static_cast<MappedMessage *>(ReadyMade::message(shapeOf({"a"}), arrival.data()).get());
+    RefCountedPtr<MappedMessage> const message = static_cast<MappedMessage *>(
+        ReadyMade::message(shapeOf({"a"}), counted(arrival).data()).get());
     RefCountedPtr<MappedMessage> const copy = new MappedMessage(*message);
     EXPECT_EQ(contentOf(*copy), (Content{{"a", one_.get()}}));
     EXPECT_EQ(message->header().getFieldCount(), 0u);
@@ -174,7 +183,8 @@ TEST(FieldMapEnd, IsFlatHoweverDeepShapedRecordsNest) {
     Value innermost = text("x");
     Value record = innermost;
     for (int depth = 0; depth < 1'000'000; ++depth) {
-        record = ReadyMade::record(shape, &record);
+        FieldValue * const inner = record.detach();
+        record = ReadyMade::record(shape, &inner);
     }
     record = nullptr;
     EXPECT_EQ(innermost->getRefCount(), 1);

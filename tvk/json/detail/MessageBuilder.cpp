@@ -15,7 +15,7 @@ namespace {
 /// make nothing grow.
 constexpr std::size_t STACK_ROOM = 32;
 constexpr std::size_t WAITING_ROOM = 256;
-constexpr std::size_t MOST_ROOM = 16384;
+constexpr std::size_t MOST_ROOM = 4096;
 
 template <class Element>
 void emptyWithRoom(std::vector<Element> & elements, std::size_t room) {
@@ -64,13 +64,10 @@ MessageBuilder::MessageBuilder(SimpleObjectCache * cache)
     waiting_.reserve(WAITING_ROOM);
 }
 
-MessageBuilder::~MessageBuilder() { start(Root::RECORD, nullptr, 0, 0); }
+MessageBuilder::~MessageBuilder() { drop(); }
 
 void MessageBuilder::start(Root root, char const * data, unsigned int size, int options) {
-    result_ = nullptr;
-    for (Value & value : waiting_) {
-        value = nullptr;  // from the outside in
-    }
+    drop();
     emptyWithRoom(waiting_, WAITING_ROOM);
     emptyWithRoom(names_, 0);
     emptyWithRoom(stack_, STACK_ROOM);
@@ -81,9 +78,17 @@ void MessageBuilder::start(Root root, char const * data, unsigned int size, int 
     options_ = options;
 }
 
+void MessageBuilder::drop() {
+    result_ = nullptr;
+    for (FieldValue * const value : waiting_) {  // from the outside in
+        value->removeRef();
+    }
+    waiting_.clear();
+}
+
 void MessageBuilder::endObject() {
     Open & record = stack_.back();
-    Value * const values = waiting_.data() + record.firstValue;
+    FieldValue * const * const values = waiting_.data() + record.firstValue;
     bool const isMessage = stack_.size() == 1 && root_ == Root::MESSAGE;
     close(isMessage ? ReadyMade::message(shapeOf(record), values)
                     : ReadyMade::record(shapeOf(record), values));

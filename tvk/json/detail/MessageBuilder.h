@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include "tvk/json/SimpleObjectCache.h"
+#include "tvk/json/detail/CacheLookup.h"
 #include "tvk/json/detail/NameSequences.h"
 #include "tvk/values/FieldValue.h"
 #include "tvk/values/RefCountedPtr.h"
@@ -51,14 +53,18 @@ public:
     void endObject();
     void endArray();
     void fieldName(char const * name, unsigned int length);
+    /// Takes the name that the text goes on with, its quotes and the colon behind it, where it is one
+    /// that has followed before. Returns how many bytes that is, or 0.
+    unsigned int knownName(char const * text, std::size_t left);
     void stringValue(unsigned int hash, char const * text, unsigned int length) {
         requireContainer();
-        attach(cache_->cachedString(hash, text, length));
+        attach(CacheLookup::cachedString(*cache_, hash, text, length));
     }
     void numberValue(unsigned int hash, char const * text, unsigned int length,
                      char const * fractionStart, char const * exponentStart) {
         requireContainer();
-        attach(cache_->cachedNumber(hash, text, length, fractionStart, exponentStart));
+        attach(
+            CacheLookup::cachedNumber(*cache_, hash, text, length, fractionStart, exponentStart));
     }
     void booleanValue(bool value) {
         requireContainer();
@@ -86,10 +92,19 @@ private:
                           waiting_.size(), names_.size()});
     }
     void attach(Value value) {
-        waiting_.push_back(std::move(value));
+        waiting_.push_back(value.get());
+        value.detach();
         // The name seen last has its value; in other containers both are null.
         stack_.back().names = stack_.back().namesAndNext;
     }
+    bool isInput(char const * text) const {
+        return reinterpret_cast<std::uintptr_t>(text) - reinterpret_cast<std::uintptr_t>(data_) <
+               size_;
+    }
+    std::size_t leftOf(char const * text) const {
+        return size_ - static_cast<std::size_t>(text - data_);
+    }
+    void drop();
     void close(Value container);
     void leaveSequence(Open & record);
     void keepName(char const * name, unsigned int length);
@@ -105,7 +120,7 @@ private:
     SimpleObjectCache * const cache_;
     NameSequences sequences_;
     std::vector<Open> stack_;
-    std::vector<Value> waiting_;
+    std::vector<FieldValue *> waiting_;  // one count on each
     std::vector<CString> names_;
     Value result_;
     std::unique_ptr<NameTexts> nameTexts_;
@@ -119,6 +134,15 @@ private:
 inline void MessageBuilder::fieldName(char const * name, unsigned int length) {
     Open & record = stack_.back();
     if (record.names != nullptr) {
+        // A slice of the input has its quote before it and perhaps a colon behind the other one.
+        if (isInput(name)) {
+            char const * const quote = name - 1;
+            Sequence * const known = record.names->next(quote, leftOf(quote));
+            if (known != nullptr && known->wireSize() == length + 3) {
+                record.namesAndNext = known;
+                return;
+            }
+        }
         record.namesAndNext = sequences_.extended(*record.names, name, length);
         if (record.namesAndNext != nullptr) {
             return;
@@ -126,6 +150,19 @@ inline void MessageBuilder::fieldName(char const * name, unsigned int length) {
         leaveSequence(record);
     }
     keepName(name, length);
+}
+
+inline unsigned int MessageBuilder::knownName(char const * text, std::size_t left) {
+    Open & record = stack_.back();
+    if (record.names == nullptr) {
+        return 0;
+    }
+    Sequence * const known = record.names->next(text, left);
+    if (known == nullptr) {
+        return 0;
+    }
+    record.namesAndNext = known;
+    return known->wireSize();
 }
 
 inline void MessageBuilder::nullValue() {

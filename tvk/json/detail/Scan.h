@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tvk/json/detail/MessageBuilder.h"
 #include "tvk/json/detail/TableHandler.h"
 
 namespace tvk::detail {
@@ -23,11 +24,12 @@ using Scan = unsigned int (*)(ScanEntry entry, char const * data, unsigned int l
 struct ScanVariant {
     char const * name;
     Scan<TableHandler> table;
+    Scan<MessageBuilder> message;
 
     /// From a type with `template <class Handler> static Scan<Handler> scan`.
     template <class Code>
     static constexpr ScanVariant of(char const * name) {
-        return {name, Code::template scan<TableHandler>};
+        return {name, Code::template scan<TableHandler>, Code::template scan<MessageBuilder>};
     }
 };
 

@@ -211,8 +211,11 @@ protected:
                 return at;
             }
         }
-        at = skip(require(skip(fieldName(at)), ':') + 1);
         *found = true;
+        if (unsigned int const size = handler_.knownName(at, left(at)); size > 0) {
+            return skip(at + size);
+        }
+        at = skip(require(skip(fieldName(at)), ':') + 1);
         return at;
     }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "tvk/json/SimpleJsonHandler.h"
 
 namespace tvk::detail {
@@ -17,6 +19,8 @@ public:
     void endObject() { table_.endObject(userData_); }
     void startArray() { table_.startArray(userData_); }
     void endArray() { table_.endArray(userData_); }
+    /// No name is known before it has been read.
+    unsigned int knownName(char const *, std::size_t) { return 0; }
     void fieldName(char const * name, unsigned int length) {
         table_.fieldName(userData_, name, length);
     }
