@@ -20,6 +20,7 @@ public:
     void endObject() { sum_.endObject(); }
     void startArray() { sum_.startArray(); }
     void endArray() { sum_.endArray(); }
+    unsigned int knownName(char const *, std::size_t) { return 0; }
     void fieldName(char const *, unsigned int length) { sum_.name(length); }
     void stringValue(unsigned int hash, char const *, unsigned int length) {
         sum_.string(hash, length);
