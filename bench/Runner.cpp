@@ -1,8 +1,11 @@
 #include "bench/Runner.h"
 
+#include <benchmark/benchmark.h>
+
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench/Turns.h"
@@ -14,20 +17,54 @@ namespace {
 
 using Nanoseconds = std::chrono::nanoseconds;
 
-/// Of this thread alone, so that other programs cost a row no more than its caches.
-Nanoseconds processorTime() {
-    std::timespec time;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return std::chrono::seconds(time.tv_sec) + Nanoseconds(time.tv_nsec);
-}
+/// Times a pass by Google Benchmark: processor time of this thread alone, so that other programs cost a
+/// row no more than its caches. The first run finds out how many passes fill a slice.
+class Stopwatch {
+public:
+    Stopwatch(std::string name, std::function<void()> pass, Nanoseconds slice)
+        : name_(std::move(name)), pass_(std::move(pass)), slice_(slice) {}
 
-Nanoseconds timeOf(std::size_t passes, std::function<void()> const & pass) {
-    Nanoseconds const start = processorTime();
-    for (std::size_t i = 0; i < passes; ++i) {
-        pass();
+    /// Nanoseconds of a pass.
+    double run() {
+        benchmark::ClearRegisteredBenchmarks();
+        benchmark::internal::Benchmark * const entry =
+            benchmark::RegisterBenchmark(name_.c_str(), [this](benchmark::State & state) {
+                for ([[maybe_unused]] auto const turn : state) {
+                    pass_();
+                }
+            });
+        entry->Unit(benchmark::kNanosecond);
+        if (passes_ == 0) {
+            entry->MinTime(std::chrono::duration<double>(slice_).count());
+        } else {
+            entry->Iterations(passes_);
+        }
+        LastRun last;
+        benchmark::RunSpecifiedBenchmarks(&last, ".");
+        passes_ = last.passes;
+        return last.nanoseconds;
     }
-    return processorTime() - start;
-}
+
+private:
+    /// Keeps what was measured, and prints nothing.
+    struct LastRun : benchmark::BenchmarkReporter {
+        bool ReportContext(Context const &) override { return true; }
+        void ReportRuns(std::vector<Run> const & runs) override {
+            for (Run const & run : runs) {
+                passes = run.iterations;
+                nanoseconds = run.GetAdjustedCPUTime();
+            }
+        }
+
+        benchmark::IterationCount passes = 0;
+        double nanoseconds = 0;
+    };
+
+    std::string name_;
+    std::function<void()> pass_;
+    Nanoseconds slice_;
+    benchmark::IterationCount passes_ = 0;
+};
 
 /// Lines of JSON about one row. Names hold nothing that JSON would escape.
 class Report {
@@ -102,11 +139,7 @@ public:
     bool takeTurn() override {
         return survives(report_, [this] {
             work_.begin();
-            if (passes_ > 1) {
-                work_.pass();  // has its data near again
-            }
-            auto const time = static_cast<double>(timeOf(passes_, work_.pass).count());
-            times_.push_back(time / static_cast<double>(passes_) / documents());
+            times_.push_back(stopwatch_->run() / documents());
         });
     }
 
@@ -134,14 +167,8 @@ private:
         if (test::AllocationCounter::available()) {
             allocations_ = static_cast<double>(allocations.count()) / documents();
         }
-        Nanoseconds time = timeOf(passes_, work_.pass);
-        while (time < slice_ / 4) {
-            passes_ *= 2;
-            time = timeOf(passes_, work_.pass);
-        }
-        auto const wanted = static_cast<double>(passes_) * static_cast<double>(slice_.count()) /
-                            static_cast<double>(time.count());
-        passes_ = std::max<std::size_t>(1, static_cast<std::size_t>(wanted));
+        stopwatch_.emplace(row_.name(), work_.pass, slice_);
+        stopwatch_->run();
     }
 
     Row const & row_;
@@ -149,7 +176,7 @@ private:
     Nanoseconds slice_;
     TimedWork work_{};
     std::optional<double> allocations_;
-    std::size_t passes_ = 1;
+    std::optional<Stopwatch> stopwatch_;
     std::vector<double> times_;
 };
 

@@ -5,7 +5,7 @@ packages_run=(g++ cmake ninja-build ccache)
 packages_test=("${packages_run[@]}" pkg-config libgtest-dev libgmock-dev libexpat1-dev libssl-dev
     tzdata)
 packages_ci=("${packages_test[@]}" clang clang-format clang-tidy libclang-rt-14-dev libfuzzer-14-dev)
-packages_bench=("${packages_run[@]}" pkg-config rapidjson-dev libyajl-dev
+packages_bench=("${packages_run[@]}" pkg-config libbenchmark-dev rapidjson-dev libyajl-dev
     libsimdjson-dev nlohmann-json3-dev libjsoncpp-dev libboost1.81-dev libboost-json1.81-dev
     libutfcpp-dev libssl-dev nettle-dev libfmt-dev libmbedtls-dev libtomcrypt-dev
     libexpat1-dev libpugixml-dev libxml2-dev libabsl-dev libboost-url1.81-dev libcurl4-openssl-dev)
