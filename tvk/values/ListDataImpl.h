@@ -9,7 +9,7 @@ namespace tvk {
 namespace detail {
 class OwnValues;
 class ReadyMade;
-}
+}  // namespace detail
 
 /// A list in one contiguous vector.
 ///
