@@ -182,7 +182,8 @@ TEST_F(JsonMessageParserRecords, OfManyNamesAreLikeOthers) {
 }
 
 TEST_F(JsonMessageParserRecords, OfManyNamesThatAreCutLeaveNothingBehind) {
-    std::string const json = "{" + fieldsOf('a', 200) + R"(,"r":{)" + fieldsOf('b', 200) + ",!";
+    std::string json = "{";
+    json += fieldsOf('a', 200) + R"(,"r":{)" + fieldsOf('b', 200) + ",!";
     test::ExactBuffer const bytes(json);
     EXPECT_EQ(parser_.parseJsonMessage(bytes.data(), bytes.length(), 0, nullptr), nullptr);
     EXPECT_EQ(parse(R"({"b":[1]})")->getFieldNames(), (std::vector<CString>{"b"}));

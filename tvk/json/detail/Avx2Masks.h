@@ -62,7 +62,7 @@ public:
 
     /// Each bit is the sum, without carry, of the mask's bits up to it.
     static std::uint64_t prefixXor(std::uint64_t mask) {
-        __m128i const ones = _mm_set1_epi8(-1);
+        __m128i const ones = _mm_set1_epi32(-1);
         __m128i const product = _mm_clmulepi64_si128(
             _mm_loadl_epi64(reinterpret_cast<__m128i const *>(&mask)), ones, 0);
         std::uint64_t sums;

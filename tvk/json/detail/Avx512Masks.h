@@ -42,7 +42,7 @@ public:
 
     static std::uint64_t prefixXor(std::uint64_t mask) {
         __m128i const product = _mm_clmulepi64_si128(
-            _mm_loadl_epi64(reinterpret_cast<__m128i const *>(&mask)), _mm_set1_epi8(-1), 0);
+            _mm_loadl_epi64(reinterpret_cast<__m128i const *>(&mask)), _mm_set1_epi32(-1), 0);
         std::uint64_t sums;
         _mm_storel_epi64(reinterpret_cast<__m128i *>(&sums), product);
         return sums;
