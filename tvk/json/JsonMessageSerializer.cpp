@@ -186,7 +186,7 @@ private:
             if (count != 0) {
                 record.field = fields.map().begin();
             }
-            open_.push(std::move(record));
+            open_.push(record);
         }
         return out;
     }
@@ -379,8 +379,7 @@ private:
     /// Requires: ROOM_FOR_SHORT_VALUE, but for what a comma has taken.
     TVK_INLINE char * writeValueInRoom(FieldValue const * value, char * out) {
         if (value == nullptr) {
-            std::memcpy(out, "null", 4);
-            return out + 4;
+            return std::copy_n("null", 4, out);
         }
         // By address: where two modules have a description of one class each, the value is taken for
         // one of another class, which gives the same by the calls of its interface.

@@ -35,11 +35,13 @@ Element * zeroed(std::size_t count) {
 /// stands where the memory starts.
 template <class Element>
 Element * zeroedAligned(std::size_t count) {
-    static_assert(sizeof(Element) == alignof(Element));
+    constexpr std::size_t SIZE = sizeof(Element);
+    static_assert(alignof(Element) == SIZE);
     Element * const memory = zeroed<Element>(count + 1);
-    std::size_t const beyond = reinterpret_cast<std::uintptr_t>(memory) % sizeof(Element);
+    std::size_t const beyond = reinterpret_cast<std::uintptr_t>(memory) % SIZE;
     char * const aligned = reinterpret_cast<char *>(memory + 1) - beyond;
-    std::memcpy(aligned - sizeof memory, &memory, sizeof memory);
+    void * const whole = memory;
+    std::memcpy(aligned - sizeof whole, &whole, sizeof whole);
     return reinterpret_cast<Element *>(aligned);
 }
 

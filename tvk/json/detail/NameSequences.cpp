@@ -103,7 +103,7 @@ void NameSequences::Sequence::keepWire() {
     unsigned char bytes[SHORT_SIZE] = {};
     unsigned char mask[SHORT_SIZE] = {};
     std::size_t const kept = std::min<std::size_t>(wire.size(), SHORT_SIZE);
-    std::memcpy(bytes, wire.data(), kept);
+    std::copy_n(wire.data(), kept, bytes);
     std::memset(mask, 0xFF, kept);
     std::memcpy(wire_, bytes, SHORT_SIZE);
     std::memcpy(mask_, mask, SHORT_SIZE);
