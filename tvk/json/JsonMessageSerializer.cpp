@@ -186,7 +186,7 @@ private:
             if (count != 0) {
                 record.field = fields.map().begin();
             }
-            open_.push(record);
+            open_.push(Open(record));
         }
         return out;
     }

@@ -97,7 +97,7 @@ void writeDigits(char * out, unsigned int number) {
     if constexpr (WIDTH == 1) {
         *out = static_cast<char>('0' + number);
     } else {
-        std::memcpy(out + WIDTH - 2, &DIGIT_PAIRS[number % 100 * 2], 2);
+        std::memcpy(out + WIDTH - 2, &DIGIT_PAIRS[std::size_t{number % 100} * 2], 2);
         if constexpr (WIDTH > 2) {
             writeDigits<WIDTH - 2>(out, number / 100);
         }

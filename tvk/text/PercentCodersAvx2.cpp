@@ -185,8 +185,8 @@ char * encodeTail(char const * data, std::size_t size, std::size_t done, char * 
     ShortText copy;
     EncodedBlock const block(load(lastBlock(data, size, BLOCK, copy)));
     std::size_t const passed = BLOCK - (size - done);
-    std::size_t const before = passed + 2 * bitsIn(block.escapes() & lowest(passed));
-    std::size_t const length = BLOCK + 2 * bitsIn(block.escapes()) - before;
+    std::size_t const before = passed + std::size_t{2} * bitsIn(block.escapes() & lowest(passed));
+    std::size_t const length = BLOCK + std::size_t{2} * bitsIn(block.escapes()) - before;
     bool const hasRoom =
         size >= BLOCK && static_cast<std::size_t>(roomEnd - out) >= length + GROUP_SLACK;
     return writeLast<3 * BLOCK + GROUP_SLACK>(out, before, length, hasRoom,
