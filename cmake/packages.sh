@@ -1,14 +1,13 @@
 # The sets of Debian packages that the scripts of this project install, and the one function that
 # does it. To be sourced by bash.
 
-packages_run=(g++ cmake ninja-build ccache)
-packages_test=("${packages_run[@]}" pkg-config libgtest-dev libgmock-dev libexpat1-dev libssl-dev
-    tzdata)
+packages_run=(g++ cmake ninja-build ccache libasio-dev libssl-dev libexpat1-dev)
+packages_test=("${packages_run[@]}" pkg-config libgtest-dev libgmock-dev tzdata)
 packages_ci=("${packages_test[@]}" clang clang-format clang-tidy libclang-rt-14-dev libfuzzer-14-dev)
 packages_bench=("${packages_run[@]}" pkg-config libbenchmark-dev rapidjson-dev libyajl-dev
     libsimdjson-dev nlohmann-json3-dev libjsoncpp-dev libboost1.81-dev libboost-json1.81-dev
-    libutfcpp-dev libssl-dev nettle-dev libfmt-dev libmbedtls-dev libtomcrypt-dev
-    libexpat1-dev libpugixml-dev libxml2-dev libabsl-dev libboost-url1.81-dev libcurl4-openssl-dev)
+    libutfcpp-dev nettle-dev libfmt-dev libmbedtls-dev libtomcrypt-dev
+    libpugixml-dev libxml2-dev libabsl-dev libboost-url1.81-dev libcurl4-openssl-dev)
 
 # package_is_here PACKAGE: a tool counts however it was installed, what is no tool is asked of dpkg.
 # Without dpkg a library is left to CMake, which names what it does not find, and the zone files to the

@@ -17,6 +17,7 @@ set(MAY_INCLUDE_cipher platform)
 set(MAY_INCLUDE_agent platform values errors text json definitions xml inet chart)
 
 set(LIBRARY_OF_expat "^expat\\.h$")
+set(LIBRARY_OF_asio "^(asio(/[a-z0-9_/]+)?\\.hpp|openssl/[a-z0-9_]+\\.h)$")
 
 # Headers of the C++ library have no dot; the C ones are wanted under their C++ names. Vector
 # instructions are the compiler's, not a system's.
