@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "examples/inprocess_agent/Fields.h"
+#include "examples/support/Fields.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/values/MappedMessage.h"
 #include "tvk/values/MappedRecordData.h"

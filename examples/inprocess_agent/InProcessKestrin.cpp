@@ -3,9 +3,9 @@
 #include "examples/inprocess_agent/InProcessKestrin.h"
 
 #include "examples/inprocess_agent/Errors.h"
-#include "examples/inprocess_agent/Fields.h"
-#include "examples/inprocess_agent/Messages.h"
 #include "examples/inprocess_agent/Operation.h"
+#include "examples/support/Fields.h"
+#include "examples/support/Messages.h"
 #include "tvk/agent/KestrinListener.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/text/StringUtil.h"

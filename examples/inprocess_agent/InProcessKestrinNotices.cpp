@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "examples/inprocess_agent/Errors.h"
-#include "examples/inprocess_agent/Fields.h"
 #include "examples/inprocess_agent/InProcessKestrin.h"
-#include "examples/inprocess_agent/Messages.h"
 #include "examples/inprocess_agent/Operation.h"
+#include "examples/support/Fields.h"
+#include "examples/support/Messages.h"
 #include "tvk/agent/KestrinNoticeMessageHandler.h"
 #include "tvk/errors/KestrinConstants.h"
 

@@ -1,9 +1,9 @@
 // Requests, and the one outcome that each of them has.
 
 #include "examples/inprocess_agent/Errors.h"
-#include "examples/inprocess_agent/Fields.h"
 #include "examples/inprocess_agent/InProcessKestrin.h"
 #include "examples/inprocess_agent/Operation.h"
+#include "examples/support/Fields.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/text/StringUtil.h"
 #include "tvk/values/MappedMessageHeader.h"

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "examples/inprocess_agent/Fields.h"
+#include "examples/support/Fields.h"
 #include "tvk/values/MappedMessageHeader.h"
 
 namespace inprocess {

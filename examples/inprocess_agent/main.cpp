@@ -11,7 +11,7 @@
 #include "examples/inprocess_agent/Account.h"
 #include "examples/inprocess_agent/AnswerTable.h"
 #include "examples/inprocess_agent/InProcessKestrin.h"
-#include "examples/inprocess_agent/Messages.h"
+#include "examples/support/Messages.h"
 #include "examples/support/Printable.h"
 #include "tvk/agent/AsyncRequestOperation.h"
 #include "tvk/agent/KestrinConfig.h"
@@ -27,7 +27,6 @@ namespace {
 using inprocess::Account;
 using inprocess::InProcessKestrin;
 using inprocess::NoticeView;
-using inprocess::requestOfType;
 using tvk::ErrorInfo;
 using tvk::Kestrin;
 using tvk::KestrinConstants;

@@ -9,7 +9,7 @@
 
 #include "examples/inprocess_agent/Account.h"
 #include "examples/inprocess_agent/InProcessKestrin.h"
-#include "examples/inprocess_agent/Messages.h"
+#include "examples/support/Messages.h"
 #include "tests/support/Recorded.h"
 #include "tvk/agent/AsyncRequestOperation.h"
 #include "tvk/agent/KestrinListener.h"
@@ -20,7 +20,6 @@ namespace tvk::test {
 using inprocess::Answer;
 using inprocess::AnswerTable;
 using inprocess::InProcessKestrin;
-using inprocess::requestOfType;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

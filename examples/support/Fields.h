@@ -1,9 +1,8 @@
 #pragma once
 
 #include "tvk/platform/CString.h"
+#include "tvk/values/ListData.h"
 #include "tvk/values/RecordData.h"
-
-namespace inprocess {
 
 /// The field if it holds a text or a number, else null. What came from outside may hold anything,
 /// and the accessors of a value throw where its kind does not fit.
@@ -27,6 +26,12 @@ inline long long numberIn(tvk::RecordData const & record, char const * name) {
     return value ? value->longlongValue() : 0;
 }
 
+/// The same with its fraction.
+inline double doubleIn(tvk::RecordData const & record, char const * name) {
+    auto const value = scalarIn(record, name);
+    return value ? value->doubleValue() : 0.0;
+}
+
 /// Null where there is no such record.
 inline tvk::RecordData const * recordIn(tvk::RecordData const & record, char const * name) {
     // The record keeps the value: the counted reference may go at once.
@@ -35,4 +40,8 @@ inline tvk::RecordData const * recordIn(tvk::RecordData const & record, char con
                                                                        : nullptr;
 }
 
-}  // namespace inprocess
+/// Null where there is no such list.
+inline tvk::ListData const * listIn(tvk::RecordData const & record, char const * name) {
+    tvk::FieldValue const * const value = record.getFieldValue(name).get();
+    return value != nullptr && value->getFieldType() == FLDTYPE_LIST ? &value->asList() : nullptr;
+}

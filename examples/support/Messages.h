@@ -2,8 +2,6 @@
 
 #include "tvk/values/MappedMessage.h"
 
-namespace inprocess {
-
 /// A new request without fields.
 inline tvk::RefCountedPtr<tvk::KestrinMessage> requestOfType(char const * messageTypeId) {
     tvk::RefCountedPtr<tvk::KestrinMessage> message(new tvk::MappedMessage);
@@ -11,5 +9,3 @@ inline tvk::RefCountedPtr<tvk::KestrinMessage> requestOfType(char const * messag
     message->header().setMessageTypeId(messageTypeId);
     return message;
 }
-
-}  // namespace inprocess
