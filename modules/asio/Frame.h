@@ -24,8 +24,7 @@ enum FrameFlag : int {
     FRAME_REQUEST_ID_TEXT = 8,  ///< of a sub-message: the text of its request identifier is there
 };
 
-/// One frame, as FrameReader finds it. The texts are bytes of the reader, until it is asked for the
-/// next one.
+/// One frame, as FrameReader finds it. The texts are bytes of the reader, until it is asked for room.
 struct Frame {
     FrameKind kind = FRAME_REQUEST;
     int flags = 0;                  ///< bits of FrameFlag
