@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "examples/catalogue/Columns.h"
+#include "examples/support/Columns.h"
 #include "examples/support/Printable.h"
 #include "tvk/definitions/ListTypeDef.h"
 

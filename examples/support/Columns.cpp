@@ -1,4 +1,4 @@
-#include "examples/catalogue/Columns.h"
+#include "examples/support/Columns.h"
 
 #include <algorithm>
 #include <iterator>

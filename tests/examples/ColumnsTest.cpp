@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "examples/catalogue/Columns.h"
+#include "examples/support/Columns.h"
 #include "tvk/platform/CodePage.h"
 #include "tvk/text/StringUtil.h"
 
@@ -39,7 +39,7 @@ private:
 
 }  // namespace
 
-TEST(CatalogueColumns, CountsWideCharactersAsTwo) {
+TEST(Columns, CountsWideCharactersAsTwo) {
     struct Row {
         char const * text;
         std::size_t width;
@@ -63,7 +63,7 @@ TEST(CatalogueColumns, CountsWideCharactersAsTwo) {
     }
 }
 
-TEST(CatalogueColumns, AgreesWithTheSystemOnTheCharactersOfTheCodePage) {
+TEST(Columns, AgreesWithTheSystemOnTheCharactersOfTheCodePage) {
     SystemWidth const system;
     if (!system.isKnown()) {
         GTEST_SKIP() << "no locale C.UTF-8";
@@ -89,7 +89,7 @@ TEST(CatalogueColumns, AgreesWithTheSystemOnTheCharactersOfTheCodePage) {
     EXPECT_GT(compared, 7000);
 }
 
-TEST(CatalogueColumns, PutsCellsBelowEachOther) {
+TEST(Columns, PutsCellsBelowEachOther) {
     Columns columns({"A", "Name", "C"});
     columns.add({"x", "\xE9\x8A\x98\xE6\x9F\x84\xE5\x90\x8D", "1"});
     columns.add({"long", "ab", ""});
@@ -102,7 +102,7 @@ TEST(CatalogueColumns, PutsCellsBelowEachOther) {
               "      abcde   2\n");
 }
 
-TEST(CatalogueColumns, LeavesOutColumnsWithNothingInThem) {
+TEST(Columns, LeavesOutColumnsWithNothingInThem) {
     Columns columns({"A", "B", "C"});
     columns.add({"x", "", "y"});
     columns.add({"z"});
