@@ -310,10 +310,11 @@ bool FrameWriter::Impl::addSubMessage(KestrinMessage const & message, int depth)
         return false;
     }
     if (message.getFieldCount() != 0) {
-        frame.append(part.write({}, message, largestSize()));
-    }
-    if (!checkSize(frame.size())) {
-        return false;
+        std::string_view const body = part.write({}, message, largestSize());
+        if (!checkSize(frame.size() + body.size())) {
+            return false;
+        }
+        frame.append(body);
     }
     detail::storeUInt32(
         frame.data() + start,
@@ -332,7 +333,7 @@ bool FrameWriter::Impl::checkSize(std::size_t size) {
 void FrameWriter::Impl::forget() {
     json.forget();
     part.forget();
-    frame = std::string();
+    std::string().swap(frame);
 }
 
 }  // namespace tvk

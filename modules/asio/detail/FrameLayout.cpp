@@ -3,7 +3,7 @@
 #include <cstdarg>
 #include <cstring>
 
-#include "tvk/errors/ErrorInfo.h"
+#include "modules/asio/detail/Errors.h"
 #include "tvk/errors/KestrinConstants.h"
 
 namespace tvk::detail {
@@ -86,8 +86,8 @@ public:
 
     bool doesNotFit(char const * name, std::size_t size) const {
         return refuseFrame(error_, BROKEN_FRAME,
-                           "the %s of %zu bytes does not fit in the %zu bytes left of the head",
-                           name, size, rest_.size());
+                           "%s: %zu bytes do not fit in the %zu bytes left of the head", name, size,
+                           rest_.size());
     }
 
 private:
@@ -101,6 +101,10 @@ bool splitRequestId(Head & head, std::string_view * id, ErrorInfo * error) {
             refuseFrame(error, BROKEN_FRAME,
                         "the request identifier of %zu bytes is not UTF-8 without NUL",
                         id->size()));
+}
+
+bool refuseCount(std::size_t size, ErrorInfo * error) {
+    return refuseFrame(error, BROKEN_FRAME, "%zu bytes are no count of sub-messages", size);
 }
 
 std::size_t asciiStart(std::string_view text) {
@@ -244,7 +248,7 @@ bool splitFrame(FixedPart const & fixed, std::string_view bytes, SubFrame * fram
     if ((fixed.flags & FRAME_SUB_MESSAGES) != 0) {
         parts.subMessages = head.take(head.rest().size());
         if (parts.subMessages.size() < LONG_SIZE) {
-            return head.doesNotFit("count of sub-messages", LONG_SIZE);
+            return refuseCount(parts.subMessages.size(), error);
         }
     }
     if (!head.rest().empty()) {
@@ -273,8 +277,7 @@ SubFrames::Step SubFrames::next(SubFrame * frame, ErrorInfo * error) {
 
 bool SubFrames::takeCount(ErrorInfo * error) {
     if (rest_.size() < LONG_SIZE) {
-        return refuseFrame(error, BROKEN_FRAME, "%zu bytes are no count of sub-messages",
-                           rest_.size());
+        return refuseCount(rest_.size(), error);
     }
     left_ = loadUInt32(rest_.data());
     rest_.remove_prefix(LONG_SIZE);
@@ -341,9 +344,7 @@ bool refuseFrame(ErrorInfo * error, int code, char const * format, ...) {
         CString text;
         text.FormatV(format, arguments);
         va_end(arguments);
-        error->setDomain(KestrinConstants::ErrorDomain_Kestrin);
-        error->setErrorCode(code);
-        error->setErrorMessage(text);
+        *error = agentError(code, text);
     }
     return false;
 }
