@@ -37,8 +37,9 @@ struct TVK_ASIO_API TcpOptions {
     int backOffFirstMilliSec = 250;
     int backOffMaximumMilliSec = 30'000;
     double backOffFactor = 2.0;
-    double jitter = 0.5;      ///< 0 to 1
-    int maximumAttempts = 0;  ///< in a row without success; 0 for no limit
+    double jitter = 0.5;          ///< 0 to 1
+    int maximumAttempts = 0;      ///< in a row without success; 0 for no limit
+    unsigned int jitterSeed = 0;  ///< other than 0: the same random parts each time
 
     unsigned int maximumFrameSize = 16U << 20U;
     unsigned int maximumQueuedBytes = 64U << 20U;  ///< that wait to be sent

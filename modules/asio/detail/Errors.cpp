@@ -16,4 +16,11 @@ ErrorInfo networkFailure(int code, CString const & text, ErrorInfo const * cause
     return error;
 }
 
+bool refuse(ErrorInfo * error, int code, CString const & text) {
+    if (error != nullptr) {
+        *error = agentError(code, text);
+    }
+    return false;
+}
+
 }  // namespace tvk

@@ -12,4 +12,7 @@ ErrorInfo agentError(int code, CString const & text, ErrorInfo const * cause = n
 /// The same as a network failure, which error managers treat apart.
 ErrorInfo networkFailure(int code, CString const & text, ErrorInfo const * cause = nullptr);
 
+/// Reports through `error`, which may be null, why an operation cannot even begin. Always false.
+bool refuse(ErrorInfo * error, int code, CString const & text);
+
 }  // namespace tvk
