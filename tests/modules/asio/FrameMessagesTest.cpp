@@ -125,6 +125,14 @@ TEST(FrameMessagesTest, ReadAnEmptyBodyAsNoFields) {
     EXPECT_EQ(Road().read(frame)->getFieldCount(), 0U);
 }
 
+TEST(FrameMessagesTest, TakeBlanksAroundABodyAndIgnoreWhatFollowsIt) {
+    PlainFrame frame = quote();
+    frame.body = " \r\n{\"last\":327} ";
+    EXPECT_EQ(Road().read(frame)->getFieldValue("last")->intValue(), 327);
+    frame.body += "{x";
+    EXPECT_EQ(Road().read(frame)->getFieldValue("last")->intValue(), 327);
+}
+
 TEST(FrameMessagesTest, ReadHeaderFields) {
     PlainFrame frame = quote();
     frame.headerFields = R"({"a":1,"b":{"c":"d"},"subject":"other","none":null})";
