@@ -1,6 +1,6 @@
 # Includes below tvk/ point down only, and to nothing but tvk/, the C++ library and, in platform/,
-# the operating system. A module stands on what tvk/ shows of itself, its own folder and its own
-# library. docs/architecture.md draws the same map for readers.
+# the operating system. A module stands on what tvk/ shows of itself, its own folder, its own library
+# and what the modules named here show of themselves. docs/architecture.md draws the same map for readers.
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -18,6 +18,9 @@ set(MAY_INCLUDE_agent platform values errors text json definitions xml inet char
 
 set(LIBRARY_OF_expat "^expat\\.h$")
 set(LIBRARY_OF_asio "^(asio(/[a-z0-9_/]+)?\\.hpp|openssl/[a-z0-9_]+\\.h)$")
+set(LIBRARY_OF_services "^$")  # none
+
+set(MODULES_OF_services expat)
 
 # Headers of the C++ library have no dot; the C ones are wanted under their C++ names. Vector
 # instructions are the compiler's, not a system's.
@@ -40,8 +43,11 @@ endfunction()
 
 function(check_include_of_module file module line)
     if(line MATCHES "include[ \t]*\"modules/([a-z]+)/")
-        if(NOT CMAKE_MATCH_1 STREQUAL module)
-            message(SEND_ERROR "${file}: modules do not include one another: ${line}")
+        set(other ${CMAKE_MATCH_1})
+        if(NOT other STREQUAL module AND NOT other IN_LIST MODULES_OF_${module})
+            message(SEND_ERROR "${file}: ${module} does not stand on ${other}: ${line}")
+        elseif(NOT other STREQUAL module AND line MATCHES "/detail/")
+            message(SEND_ERROR "${file}: what is in a detail/ of ${other} stays there: ${line}")
         endif()
     elseif(line MATCHES "include[ \t]*\"tvk/")
         if(line MATCHES "/detail/")
