@@ -23,6 +23,7 @@ void addSplitRows(Peers const & peers);
 void addCipherRows(Peers const & peers);
 void addAgentRows(Peers const & peers);
 void addXmlRows(Peers const & peers);
+void addRoadRows(Peers const & peers);
 void addMemoryRows(Peers const & peers);
 
 /// What one pass over the documents of a row handles.

@@ -249,6 +249,28 @@ public:
     virtual CallSum fire(std::size_t events) = 0;
 };
 
+/// What the handlers at the end of a road are told, in little time.
+class NoticeSink {
+public:
+    virtual ~NoticeSink() = default;
+    /// One call for each handler of the notice of this number.
+    virtual void told(std::uint64_t number, double price) = 0;
+};
+
+/// A whole client: connection, frames, JSON, tables of handlers and of open requests, in one thread.
+class Road {
+public:
+    virtual ~Road() = default;
+    /// Registers a handler for each topic in this order, logs in, and starts the real-time service.
+    virtual void connect(unsigned short port, std::vector<Topic> const & keys,
+                         NoticeSink & sink) = 0;
+    /// Serves the connection until the handlers were called so many times more.
+    virtual void receive(std::uint64_t calls) = 0;
+    /// Asks for so many echoes, each of its number, of which as many are under way at a time as `open`
+    /// tells. The sum of the numbers that came back.
+    virtual std::uint64_t ask(std::uint64_t requests, std::uint64_t open) = 0;
+};
+
 /// A path of names below the root of the XML feed, in the types that each side has for it. The result is the
 /// text of the first element there.
 struct XmlPathTask {
@@ -294,6 +316,7 @@ struct Peers {
     std::vector<Peer<EventSource>> eventSources;
     std::vector<Peer<Reader>> xmlReaders;  ///< empty where tvk has no XML parser
     std::vector<Peer<XmlPathFinder>> xmlPathFinders;
+    std::vector<Peer<Road>> roads;       ///< empty where tvk has no agent over TCP
     std::vector<std::string> libraries;  ///< names and versions
 };
 

@@ -89,6 +89,12 @@ tvk::bench::Peers allPeers() {
 #if defined(TVK_BENCH_HAS_SIGNALS2)
     addSignals2(peers);
 #endif
+#if defined(TVK_BENCH_HAS_ROAD)
+    addTvkRoad(peers);
+#if defined(TVK_BENCH_HAS_RAPIDJSON)
+    addRapidJsonRoad(peers);
+#endif
+#endif
 #if defined(TVK_BENCH_HAS_XML)
     addTvkXml(peers);
 #endif
@@ -183,6 +189,7 @@ void addRows(tvk::bench::Peers const & peers) {
     addSplitRows(peers);
     addAgentRows(peers);
     addXmlRows(peers);
+    addRoadRows(peers);
     addMemoryRows(peers);
 }
 

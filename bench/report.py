@@ -165,6 +165,8 @@ def behind_instructions(results):
 def memory_ratios(results):
     """Bytes of each peer to those of tvk: (group, peer, ratio)."""
     for group, rows in results.measured.items():
+        if not group.startswith(("memory/", "peak/")):
+            continue
         key = "bytes_a_message" if group.startswith("memory/") else "peak_bytes"
         if "tvk" in rows:
             for peer, row in rows.items():
@@ -238,6 +240,24 @@ def peak_rows(results):
                    "" if peer == "tvk" else shown(row["peak_bytes"] / rows["tvk"]["peak_bytes"]))
 
 
+ROAD_UNITS = {"a_second": "a second", "median_us": "us, median", "p99_us": "us, 99th percentile",
+              "p999_us": "us, 99.9th percentile"}
+
+
+def road_rows(results):
+    for group, rows in results.measured.items():
+        if not group.startswith("road_"):
+            continue
+        for key, unit in ROAD_UNITS.items():
+            for peer, row in rows.items():
+                if key in row:
+                    ratio = ""
+                    if not peer.startswith("tvk") and "tvk" in rows:
+                        quotient = row[key] / rows["tvk"][key]
+                        ratio = shown(1 / quotient if key == "a_second" else quotient)
+                    yield f"`{group}`", peer, digits(row[key]), unit, ratio
+
+
 def kib(number):
     return digits(number / 1024)
 
@@ -245,12 +265,13 @@ def kib(number):
 BEST_HEAD = ("row", "tvk", "best peer", "its figure", "ratio:")
 ALL_HEAD = ("row", "who", "figure", "allocations:", "ratio:", "middle half of the rounds")
 KEPT_HEAD = ("who", "bytes a message:", "blocks a message:", "reader, bytes:", "ratio:")
+ROAD_HEAD = ("row", "who", "figure:", "", "ratio:")
 PEAK_HEAD = ("row", "who", "text, KiB:", "peak, KiB:", "of it the unused reader:", "ratio:")
 
 
 def as_text(results):
     tables = [(BEST_HEAD, best_rows(results)), (ALL_HEAD, all_rows(results)),
-              (KEPT_HEAD, kept_rows(results)), (PEAK_HEAD, peak_rows(results))]
+              (ROAD_HEAD, road_rows(results)), (KEPT_HEAD, kept_rows(results)), (PEAK_HEAD, peak_rows(results))]
     filled = [(head, list(rows)) for head, rows in tables]
     return "\n".join(table(head, rows) for head, rows in filled if rows)
 
@@ -304,6 +325,9 @@ median of the ratios within the rounds.
                     BEST_HEAD, best_rows(results))
     page += section("Reading, by what a peer's tree is", "The best peer of each kind.",
                     ("row", "the tree is", "best peer", "its figure", "ratio:"), kind_rows(results))
+    page += section("Over the network",
+                    "A whole client at the end of a connection on the loopback interface, by the clock of the "
+                    "wall; server and client share the machine.", ROAD_HEAD, road_rows(results))
     page += section("Memory of messages that are kept",
                     "All messages of the feed are alive; the reader is what reading needs besides, "
                     "with tvk parser and cache.", KEPT_HEAD, kept_rows(results))

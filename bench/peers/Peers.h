@@ -79,6 +79,12 @@ void addLibTomCrypt(Peers & peers);
 #if defined(TVK_BENCH_HAS_SIGNALS2)
 void addSignals2(Peers & peers);
 #endif
+#if defined(TVK_BENCH_HAS_ROAD)
+void addTvkRoad(Peers & peers);
+#if defined(TVK_BENCH_HAS_RAPIDJSON)
+void addRapidJsonRoad(Peers & peers);
+#endif
+#endif
 #if defined(TVK_BENCH_HAS_XML)
 void addTvkXml(Peers & peers);
 #endif
