@@ -188,7 +188,9 @@ bool FrameWriter::Impl::addHead(Envelope const & envelope, KestrinMessage const 
         !addSubject(envelope.subject, header, &fixed.subjectSize)) {
         return false;
     }
-    if (CString const id = header.getRequestId(); depth != 0 && !id.IsEmpty()) {
+    // The number of a whole frame is its identifier.
+    CString const id = depth != 0 ? header.getRequestId() : CString();
+    if (!id.IsEmpty()) {
         flags |= FRAME_REQUEST_ID_TEXT;
         if (!addRequestId(id)) {
             return false;

@@ -191,6 +191,9 @@ std::vector<Broken> brokenFrames() {
         {"texts above the head",
          hexBytes("00000015 01 00 ffff ffff 0000 00000001 0000000000000000 71"), BAD_FRAME,
          "type and subject of 131070 bytes do not fit in a head of 1 bytes"},
+        {"texts a byte above the head",
+         hexBytes("00000015 01 00 0001 0001 0000 00000001 0000000000000000 71"), BAD_FRAME,
+         "type and subject of 2 bytes do not fit in a head of 1 bytes"},
         {"a byte too many in the head",
          hexBytes("00000016 01 00 0001 0000 0000 00000002 0000000000000000 7171"), BAD_FRAME,
          "1 bytes of the head belong to nothing"},
@@ -558,17 +561,25 @@ TEST(FrameReaderTest, GivesTheRoomForABigFrameBack) {
 
 TEST(FrameReaderTest, MovesWhatIsPendingSeldom) {
     FrameReader reader(LIMIT);
-    std::string const bytes = bytesOf(quote(std::string(500, ' ')));
-    // Frames are taken slower than they come until 4 MB wait, then as fast.
+    std::string const body(500, 'x');
+    std::string bytes = bytesOf(quote(body));
+    // Frames are taken slower than they come until almost 4 MB wait, which almost fill a buffer that
+    // has doubled; from then on as fast.
+    constexpr std::size_t MOST = (4U << 20U) - (64U << 10U);
     std::size_t came = 0;
     std::size_t moved = 0;
+    unsigned long long taken = 0;
     char const * room = reader.room(bytes.size());
     Frame frame;
-    while (came < 32U << 20U) {
+    for (unsigned long long number = 0; came < 24U << 20U; ++number) {
+        bytes.replace(16, 8, bigEndian(number, 8));
         feed(reader, bytes);
         came += bytes.size();
-        if (reader.pendingBytes() > 4U << 20U) {
+        if (reader.pendingBytes() > MOST) {
             ASSERT_EQ(reader.next(&frame, nullptr), Result::FRAME);
+            ASSERT_EQ(frame.number, taken);
+            ASSERT_EQ(frame.body, body);
+            ++taken;
         }
         std::size_t const pending = reader.pendingBytes();
         char const * const next = reader.room(bytes.size());
@@ -576,6 +587,12 @@ TEST(FrameReaderTest, MovesWhatIsPendingSeldom) {
         room = next;
     }
     EXPECT_LT(moved, 2 * came);
+    while (reader.next(&frame, nullptr) == Result::FRAME) {
+        ASSERT_EQ(frame.number, taken);
+        ASSERT_EQ(frame.body, body);
+        ++taken;
+    }
+    EXPECT_EQ(taken * bytes.size(), came);
 }
 
 TEST(FrameReaderTest, RefusesRoomThatNothingCanHave) {
