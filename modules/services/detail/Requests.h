@@ -70,8 +70,6 @@ public:
     Requests(Requests const &) = delete;
     Requests & operator=(Requests const &) = delete;
 
-    bool isEmpty() const { return pending_.empty(); }
-
     void ask(OperationPtr const & operation, RefCountedPtr<KestrinMessage> const & message) {
         operation->requests_ = this;
         operation->id_ = ++lastId_;
@@ -100,17 +98,14 @@ public:
         }
     }
     void fail(OperationPtr const & operation, ErrorInfo const & error) {
-        RefCountedPtr<Service> const alive(&service_);
-        if (close(*operation)) {
-            tell(*operation, Kind::ON_ERROR, error);
-        }
+        conclude(operation, Kind::ON_ERROR, error);
     }
-    /// The answer, by the operation of the listener that takes it.
-    template <class Told, class Answer>
-    void conclude(OperationPtr const & operation, Told told, Answer const & answer) {
+    /// By one of the listener's operations.
+    template <class Told, class... Arguments>
+    void conclude(OperationPtr const & operation, Told told, Arguments const &... arguments) {
         RefCountedPtr<Service> const alive(&service_);
         if (close(*operation)) {
-            tell(*operation, told, answer);
+            tell(*operation, told, arguments...);
         }
     }
 
@@ -139,13 +134,9 @@ private:
             case Outcome::REPLIED:
                 reader_(*operation, *outcome.reply);
                 break;
-            case Outcome::TIMED_OUT: {
-                RefCountedPtr<Service> const alive(&service_);
-                if (close(*operation)) {
-                    tell(*operation, Kind::ON_TIMEOUT);
-                }
+            case Outcome::TIMED_OUT:
+                conclude(operation, Kind::ON_TIMEOUT);
                 break;
-            }
             case Outcome::CANCELED:
                 cancel(operation);
                 break;

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "tests/modules/services/support/Ear.h"
 #include "tests/modules/services/support/FakeKestrin.h"
 #include "tvk/agent/AsyncChartRequestOperation.h"
 #include "tvk/agent/ChartListener.h"
@@ -15,78 +14,49 @@
 
 namespace tvk::test {
 
-/// A listener of charts that writes what it hears into a log, with its name in front, and then does
-/// what the test wants.
-class ChartEar : public ChartListener {
+/// A listener of charts and their requests.
+class ChartEar : public ChartListener, public RequestEar<ChartService, AsyncChartRequestOperation> {
 public:
-    ChartEar(Log & log, std::string name) : log_(log), name_(std::move(name)) {}
+    using RequestEar::RequestEar;
 
-    std::function<void()> during;  ///< runs inside each callback
+    std::vector<RefCountedPtr<ChartHistoricalDataRec>> records;  ///< of the last history
+    bool wasRunning = false;                                     ///< at the last start or stop
 
-    // Of the last callback.
-    ChartService * service = nullptr;
-    RefCountedPtr<AsyncChartRequestOperation> operation;
-    std::vector<RefCountedPtr<ChartHistoricalDataRec>> records;
-    void * userObject = nullptr;
-    bool wasRunning = false;
-    bool wasPending = false;
-
-    void onServiceStarted(ChartService * from) override { hear(from, "started"); }
+    void onServiceStarted(ChartService * from) override {
+        wasRunning = from->isRunning();
+        hear(from, "started");
+    }
     void onServiceStopped(ChartService * from, ErrorInfo const * error) override {
+        wasRunning = from->isRunning();
         hear(from, "stopped " + shown(error));
     }
     void onHistory(ChartService * from, AsyncChartRequestOperation * about,
                    std::vector<RefCountedPtr<ChartHistoricalDataRec>> const & bars,
                    void * user) override {
         records = bars;
-        hear(from, about, "history " + std::to_string(bars.size()), user);
+        hearOutcome(from, about, "history " + std::to_string(bars.size()), user);
     }
     void onHistoryTimeout(ChartService * from, AsyncChartRequestOperation * about,
                           void * user) override {
-        hear(from, about, "timeout", user);
+        hearOutcome(from, about, "timeout", user);
     }
     void onHistoryCanceled(ChartService * from, AsyncChartRequestOperation * about,
                            void * user) override {
-        hear(from, about, "canceled", user);
+        hearOutcome(from, about, "canceled", user);
     }
     void onHistoryError(ChartService * from, AsyncChartRequestOperation * about,
                         ErrorInfo const & error, void * user) override {
         component = error.getComponentCode();
-        hear(from, about, "error " + shown(&error), user);
+        hearOutcome(from, about, "error " + shown(&error), user);
     }
-
-    int component = -1;  ///< of the last error
-
-private:
-    void hear(ChartService * from, AsyncChartRequestOperation * about, std::string const & what,
-              void * user) {
-        operation = about;
-        userObject = user;
-        wasPending = about->isPending();
-        hear(from, what);
-    }
-    void hear(ChartService * from, std::string const & what) {
-        service = from;
-        wasRunning = from->isRunning();
-        log_.push_back(name_ + ' ' + what);
-        if (during) {
-            auto const now = during;  // may be changed from inside
-            now();
-        }
-    }
-
-    Log & log_;
-    std::string const name_;
 };
 
-/// The same for updates.
-class ChartNoticeEar : public ChartNoticeMessageListener {
+/// A listener of updates.
+class ChartNoticeEar : public ChartNoticeMessageListener, public Ear<ChartService> {
 public:
-    ChartNoticeEar(Log & log, std::string name) : log_(log), name_(std::move(name)) {}
+    using Ear::Ear;
 
-    std::function<void()> during;
-    ChartService * service = nullptr;
-    RefCountedPtr<ChartRealDataRec> record;
+    RefCountedPtr<ChartRealDataRec> record;  ///< of the last update
 
     void onRealData(ChartService * from, RefCountedPtr<ChartRealDataRec> const & update) override {
         record = update;
@@ -96,19 +66,6 @@ public:
     void onRealDataReset(ChartService * from, CString const & symbolCode) override {
         hear(from, "reset " + bytesOf(symbolCode));
     }
-
-private:
-    void hear(ChartService * from, std::string const & what) {
-        service = from;
-        log_.push_back(name_ + ' ' + what);
-        if (during) {
-            auto const now = during;
-            now();
-        }
-    }
-
-    Log & log_;
-    std::string const name_;
 };
 
 /// The body of an answer with bars that close at these prices.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
-#include <map>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,7 +22,8 @@ namespace tvk::test {
 /// A message with the body of a JSON text.
 inline RefCountedPtr<KestrinMessage> messageOf(MessageKindEnum kind, char const * type,
                                                std::string_view json) {
-    SimpleObjectCache cache(SimpleObjectCache::defaultRawDataConverter());
+    // Kept, since making one takes longer than all that a test does with a message.
+    static SimpleObjectCache cache(SimpleObjectCache::defaultRawDataConverter());
     JsonMessageParser parser(&cache);
     ErrorInfo error;
     RefCountedPtr<KestrinMessage> message =
