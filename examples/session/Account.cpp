@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <sstream>
 
 namespace session {
 
@@ -37,6 +38,13 @@ void Account::say(std::string const & line) {
 
 void Account::say(std::string const & about, std::string const & line) {
     say(padded(about, ABOUT_WIDTH) + "  " + line);
+}
+
+void Account::table(std::string const & lines) {
+    std::istringstream input(lines);
+    for (std::string line; !isQuiet_ && std::getline(input, line);) {
+        out_ << std::string(TIME_WIDTH + 2, ' ') << line << '\n';
+    }
 }
 
 bool Account::expect(bool held, std::string const & what) {

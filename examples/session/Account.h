@@ -18,6 +18,8 @@ public:
     void say(std::string const & line);
     /// A line of two columns: what it is about, and the rest.
     void say(std::string const & about, std::string const & line);
+    /// Lines that stand below each other, a little to the right.
+    void table(std::string const & lines);
     /// Counts the expectation and prints whether it held; returns that too.
     bool expect(bool held, std::string const & what);
     /// The last line: how many expectations there were and how many held.

@@ -26,7 +26,11 @@ char const USAGE[] =
     "  --password TEXT      its password; all users of the back end have the same, secret\n"
     "  --symbol CODE        the stock to trade and to draw, 7203 unless told otherwise\n"
     "  --seconds N          how long quotes are watched, 0.1 to 3600; 1 unless told otherwise\n"
-    "  --svg FILE           where the chart is written, session.svg unless told otherwise\n"
+    "  --patience N         how many seconds anything is waited for, 0.1 to 3600; 8 unless told "
+    "otherwise\n"
+    "  --svg FILE           where the chart is written; session.svg in the build folder unless "
+    "told\n"
+    "                       otherwise\n"
     "  --quiet              prints only what did not hold, and the last line\n"
     "  --help               prints this\n"
     "\n"
@@ -63,11 +67,13 @@ bool takeAddress(Options & options, std::string const & text) {
     return readNumber(std::string_view(text).substr(colon + 1), &options.port) && options.port != 0;
 }
 
-bool takeSeconds(Options & options, std::string const & text) {
-    constexpr double LEAST = 0.1;
-    constexpr double MOST = 3600;
-    return readNumber(text, &options.seconds) && options.seconds >= LEAST &&
-           options.seconds <= MOST;
+Taker intoSeconds(double Options::*member) {
+    return [member](Options & options, std::string const & text) {
+        constexpr double LEAST = 0.1;
+        constexpr double MOST = 3600;
+        double & seconds = options.*member;
+        return readNumber(text, &seconds) && seconds >= LEAST && seconds <= MOST;
+    };
 }
 
 Taker intoText(std::string Options::*member) {
@@ -84,7 +90,8 @@ std::map<std::string, Taker> const & takers() {
         {"--user", intoText(&Options::user)},
         {"--password", intoText(&Options::password)},
         {"--symbol", intoText(&Options::symbol)},
-        {"--seconds", takeSeconds},
+        {"--seconds", intoSeconds(&Options::seconds)},
+        {"--patience", intoSeconds(&Options::patience)},
         {"--svg", intoText(&Options::svg)},
     };
     return TAKERS;

@@ -16,7 +16,8 @@ struct Options {
     bool plain = false;
     std::string symbol = "7203";
     double seconds = 1;  ///< of watching quotes
-    std::string svg = "session.svg";
+    std::string svg = TVK_SESSION_PICTURE;
+    double patience = 8;  ///< seconds that anything is waited for
     bool quiet = false;
     bool help = false;
 };

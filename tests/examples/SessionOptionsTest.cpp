@@ -1,5 +1,6 @@
 #include "examples/session/Options.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -28,17 +29,19 @@ TEST(SessionOptions, HaveDefaultsThatNeedNothing) {
     EXPECT_EQ(options.user, "hanako");
     EXPECT_EQ(options.password, "secret");
     EXPECT_EQ(options.symbol, "7203");
-    EXPECT_EQ(options.svg, "session.svg");
+    EXPECT_THAT(options.svg, testing::EndsWith("/session.svg"));
     EXPECT_EQ(options.seconds, 1);
+    EXPECT_EQ(options.patience, 8);
     EXPECT_FALSE(options.plain);
     EXPECT_FALSE(options.quiet);
     EXPECT_FALSE(options.help);
 }
 
 TEST(SessionOptions, AreTakenAsTwoWordsOrOne) {
-    Options const options =
-        optionsOf({"--connect", "example.test:4711", "--user=taro", "--password", "=", "--ca=a.pem",
-                   "--symbol", "8306", "--seconds=2.5", "--svg", "a b.svg", "--quiet"});
+    Options const options = optionsOf(
+        {"--connect", "example.test:4711", "--user=taro", "--password", "=", "--ca=a.pem",
+         "--symbol", "8306", "--seconds=2.5", "--svg", "a b.svg", "--patience", "0.5", "--quiet"});
+    EXPECT_EQ(options.patience, 0.5);
     EXPECT_EQ(options.host, "example.test");
     EXPECT_EQ(options.port, 4711);
     EXPECT_EQ(options.user, "taro");
@@ -88,6 +91,7 @@ TEST(SessionOptions, SayWhatIsWrong) {
         {{"--seconds", "3601"}, "--seconds cannot be 3601"},
         {{"--seconds", "1s"}, "--seconds cannot be 1s"},
         {{"--seconds", "nan"}, "--seconds cannot be nan"},
+        {{"--patience", "-1"}, "--patience cannot be -1"},
         {{"--ca", "a.pem"}, "--ca goes with --connect"},
     };
     for (Row const & row : rows) {

@@ -4,24 +4,11 @@
 #include <vector>
 
 #include "examples/session/CandleChart.h"
-#include "modules/expat/ExpatXmlParser.h"
-#include "tvk/errors/ErrorInfo.h"
-#include "tvk/xml/XmlDocument.h"
+#include "tests/examples/SvgRoot.h"
 
 namespace tvk::test {
 
 namespace {
-
-RefCountedPtr<XmlElement> rootOf(std::string const & svg) {
-    ErrorInfo error;
-    RefCountedPtr<ExpatXmlParser> const parser(new ExpatXmlParser);
-    auto const document = parser->parse(svg.data(), static_cast<unsigned int>(svg.size()), &error);
-    if (document.isNull()) {
-        ADD_FAILURE() << error.getErrorMessage().GetString();
-        return nullptr;
-    }
-    return document->getRootElement();
-}
 
 Candle candleNumber(int number) {
     double const price = 100 + number % 7;
@@ -41,7 +28,7 @@ TEST(SessionSvg, IsXmlWhateverItShows) {
         {"曙光自動車", "1分足", candles, true},
     };
     for (session::CandleChart const & chart : charts) {
-        auto const root = rootOf(chart.toSvg());
+        auto const root = svgRootOf(chart.toSvg());
         ASSERT_TRUE(root);
         EXPECT_STREQ(root->elementName().GetString(), "svg");
         EXPECT_STREQ(root->namespaceURI().GetString(), "http://www.w3.org/2000/svg");
