@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -16,14 +17,19 @@
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/json/JsonMessageParser.h"
 #include "tvk/json/JsonMessageSerializer.h"
+#include "tvk/platform/CodePage.h"
 
 namespace tvk::test {
 
 /// A message with the body of a JSON text.
 inline RefCountedPtr<KestrinMessage> messageOf(MessageKindEnum kind, char const * type,
                                                std::string_view json) {
-    // Kept, since making one takes longer than all that a test does with a message.
-    static SimpleObjectCache cache(SimpleObjectCache::defaultRawDataConverter());
+    // Kept, since making one takes longer than all that a test does with a message. A text stays in
+    // the code page in which it was met.
+    static std::map<unsigned int, SimpleObjectCache> caches;
+    SimpleObjectCache & cache =
+        caches.try_emplace(platform::ansiCodePage(), SimpleObjectCache::defaultRawDataConverter())
+            .first->second;
     JsonMessageParser parser(&cache);
     ErrorInfo error;
     RefCountedPtr<KestrinMessage> message =
