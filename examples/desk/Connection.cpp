@@ -53,8 +53,11 @@ Connection::Connection(Options const & options, std::function<void()> wake)
 }
 
 Connection::~Connection() {
-    agent_ = nullptr;
-    tvk::KestrinContainer::cleanup();
+    tvk::KestrinContainer & container = *tvk::KestrinContainer::instance();
+    container.setXmlNewsService(nullptr);
+    container.setChartService(nullptr);
+    container.setKestrin(nullptr);
+    container.setErrorManager(nullptr);
 }
 
 bool Connection::isSound(std::string * problem) const {

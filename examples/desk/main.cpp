@@ -18,6 +18,7 @@
 #include "examples/desk/view/LoginWindow.h"
 #include "examples/desk/view/Screenshot.h"
 #include "examples/desk/view/Theme.h"
+#include "tvk/agent/KestrinContainer.h"
 
 namespace {
 
@@ -188,5 +189,7 @@ int main(int argc, char ** argv) {
         std::fputs(USAGE, stdout);
         return ALL_WELL;
     }
-    return runDesk(options);
+    ExitStatus const status = runDesk(options);
+    tvk::KestrinContainer::cleanup();
+    return status;
 }

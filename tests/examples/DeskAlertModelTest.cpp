@@ -40,7 +40,7 @@ TEST_F(DeskAlertModel, KeepsTheOrderOfErrors) {
     EXPECT_EQ(model.count(), 2U);
     EXPECT_EQ(model.text(), "一");
     EXPECT_EQ(model.title(), "エラー");
-    EXPECT_EQ(model.detail(), "orvane.ErrorDomain.Kestrin 9");
+    EXPECT_EQ(model.detail(), "orvane.ErrorDomain.Kestrin 9  一");
     unsigned int const before = model.revision();
     model.dismiss();
     EXPECT_EQ(model.text(), "二");
@@ -56,7 +56,7 @@ TEST_F(DeskAlertModel, TellsANetworkFailureApart) {
                       new tvk::StringData(ErrorInfo::ErrorType_NetworkFailure));
     show(error);
     EXPECT_EQ(model.title(), "通信エラー");
-    EXPECT_EQ(model.text(), "処理に失敗しました。");
+    EXPECT_EQ(model.text(), "サーバーとの接続が切れました。");
 }
 
 TEST_F(DeskAlertModel, KeepsTheManagerThatAsked) {

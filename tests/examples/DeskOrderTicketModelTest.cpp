@@ -116,10 +116,6 @@ TEST(DeskOrderTicketModel, IsUnderWayUntilTheAnswer) {
     EXPECT_FALSE(model.isUnderWay());
     EXPECT_EQ(model.answer(), "呼値の単位が正しくありません。");
     EXPECT_EQ(model.answerTone(), Tone::WARNING);
-
-    model.sent(order);
-    model.takeFailure("");
-    EXPECT_EQ(model.answer(), "注文を送信できませんでした。");
 }
 
 TEST(DeskOrderTicketModel, SaysWhyItRefuses) {

@@ -6,6 +6,7 @@
 #include "examples/desk/feed/Clock.h"
 #include "examples/desk/feed/Container.h"
 #include "examples/desk/feed/Report.h"
+#include "examples/desk/model/ErrorText.h"
 #include "tvk/errors/KestrinConstants.h"
 #include "tvk/values/RecordData.h"
 
@@ -77,7 +78,7 @@ void DeskSession::sendLogin() {
     wantsLogin_ = false;
     ErrorInfo error;
     if (!agent().login(ansi(loginId_), ansi(password_), &error)) {
-        models_.login.want(utf8(error.getErrorMessage()));
+        models_.login.want(errorText(error));
     }
 }
 
@@ -131,8 +132,7 @@ void DeskSession::onLoginReply(tvk::Kestrin * /*agent*/,
 
 void DeskSession::onReloginRequired(tvk::Kestrin * /*agent*/, ErrorInfo const & reason) {
     setConnection();
-    std::string const text = utf8(reason.getErrorMessage());
-    models_.login.want(text.empty() ? "もう一度ログインしてください。" : text);
+    models_.login.want(errorText(reason));
 }
 
 void DeskSession::onKestrinError(tvk::Kestrin * /*agent*/, ErrorInfo const & error) {

@@ -3,6 +3,7 @@
 #include "examples/desk/Text.h"
 #include "examples/desk/feed/Container.h"
 #include "examples/desk/feed/Report.h"
+#include "examples/desk/model/ErrorText.h"
 #include "examples/support/Messages.h"
 
 namespace desk {
@@ -56,7 +57,7 @@ void OrderFeed::send(Order const & order) {
     asker_.ask(OrderTicketModel::messageOf(order),
                [this, order](tvk::KestrinMessage const * reply, tvk::ErrorInfo const & error) {
                    if (reply == nullptr) {
-                       models_.ticket.takeFailure(utf8(error.getErrorMessage()));
+                       models_.ticket.takeFailure(errorText(error));
                        return;
                    }
                    models_.ticket.takeReply(*reply);

@@ -1,6 +1,7 @@
 #include "examples/desk/model/AlertModel.h"
 
 #include "examples/desk/Text.h"
+#include "examples/desk/model/ErrorText.h"
 
 namespace desk {
 
@@ -15,14 +16,12 @@ std::string AlertModel::title() const {
     return alerts_.front().kind == KIND_NETWORK_FAILURE ? "通信エラー" : "エラー";
 }
 
-std::string AlertModel::text() const {
-    std::string const message = utf8(alerts_.front().error.getErrorMessage());
-    return message.empty() ? "処理に失敗しました。" : message;
-}
+std::string AlertModel::text() const { return errorText(alerts_.front().error); }
 
 std::string AlertModel::detail() const {
     tvk::ErrorInfo const & error = alerts_.front().error;
-    return utf8(error.getDomain()) + " " + std::to_string(error.getErrorCode());
+    return utf8(error.getDomain()) + " " + std::to_string(error.getErrorCode()) + "  " +
+           utf8(error.getErrorMessage());
 }
 
 void AlertModel::dismiss() {

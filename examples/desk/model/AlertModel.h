@@ -24,7 +24,7 @@ public:
     // Of the one that came first. Requires: there is one. UTF-8.
     std::string title() const;
     std::string text() const;
-    std::string detail() const;  ///< domain and code
+    std::string detail() const;  ///< domain, code and the message as it came
     /// The user closed it. Nothing where there is none.
     void dismiss();
 

@@ -88,7 +88,7 @@ void OrderTicketModel::takeReply(tvk::RecordData const & reply) {
 
 void OrderTicketModel::takeFailure(std::string const & text) {
     isUnderWay_ = false;
-    say(text.empty() ? "注文を送信できませんでした。" : text, Tone::WARNING);
+    say(text, Tone::WARNING);
 }
 
 void OrderTicketModel::say(std::string text, Tone tone, Field fieldAtFault) {

@@ -59,7 +59,7 @@ public:
     void refuse(Problem const & problem);  ///< the input was not sent
     void sent(Order const & order);
     void takeReply(tvk::RecordData const & reply);
-    void takeFailure(std::string const & text);
+    void takeFailure(std::string const & text);  ///< in words for the user
 
     bool isUnderWay() const { return isUnderWay_; }
     /// The last one that was sent.

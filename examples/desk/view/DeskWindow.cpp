@@ -16,8 +16,8 @@ namespace {
 
 constexpr int WIDTH = 1140;
 constexpr int HEIGHT = 740;
-constexpr int NARROWEST = 960;
-constexpr int LOWEST = 640;
+constexpr int NARROWEST = 1080;
+constexpr int LOWEST = 660;
 constexpr int RIGHT_WIDTH = 372;
 constexpr int BOARD_ROWS = 12;
 constexpr int STATUS_HEIGHT = 26;
