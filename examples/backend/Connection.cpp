@@ -138,6 +138,7 @@ void Connection::flush() {
         return;
     }
     if (isTooFarBehind()) {
+        owner_.onTooFarBehind(*this);
         sayGoodbye(KestrinConstants::ERR_NetworkIOError, "受信が遅すぎるため切断します", true);
         return;
     }

@@ -53,6 +53,8 @@ public:
     public:
         virtual ~Owner() = default;
         virtual void onRequest(Connection & connection, tvk::Frame const & frame) = 0;
+        /// It did not take what was meant for it; a goodbye follows.
+        virtual void onTooFarBehind(Connection & connection) = 0;
         /// The last call, once. The session is still that of the connection.
         virtual void onClosed(Connection & connection, std::string const & reason) = 0;
     };

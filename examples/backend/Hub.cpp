@@ -91,18 +91,25 @@ Backend::Counts Hub::counts() const {
 
 void Hub::onRequest(Connection & connection, Frame const & frame) {
     ++counts_.requests;
-    Client & client = clientOf(connection);
+    Client & client = clients_.at(&connection);
     ErrorInfo error;
     Request const request{client, frame.number, std::string(frame.type),
                           codec_.messages.read(frame, &error)};
-    log(client,
-        "request " + std::to_string(frame.number) + " " + printable(request.type, SHOWN_BYTES));
+    if (options_.log) {
+        log(client,
+            "request " + std::to_string(frame.number) + " " + printable(request.type, SHOWN_BYTES));
+    }
     if (request.message.isNull()) {
         refuse(request, error.getErrorCode(), utf8(error.getErrorMessage()));
         return;
     }
     handle(request);
     flushAll();
+}
+
+void Hub::onTooFarBehind(Connection & connection) {
+    ++counts_.dropped;
+    log(clients_.at(&connection), "reads too slowly");
 }
 
 void Hub::onClosed(Connection & connection, std::string const & reason) {

@@ -58,6 +58,7 @@ private:
 
     // Of the connections.
     void onRequest(Connection & connection, tvk::Frame const & frame) override;
+    void onTooFarBehind(Connection & connection) override;
     void onClosed(Connection & connection, std::string const & reason) override;
 
     // What requests are about.
@@ -90,7 +91,6 @@ private:
     void sendCurrent(Session & session, Topic const & topic);
     void flushAll();
 
-    Client & clientOf(Connection & connection) { return clients_.at(&connection); }
     void endSession(Client & client);
     void log(Client const & client, std::string const & line) const;
 

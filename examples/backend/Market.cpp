@@ -71,8 +71,8 @@ std::string chartSubject(std::string_view code, PriceKindEnum kind, std::string_
 std::optional<Chart> chartIn(RecordData const & body) {
     auto const symbol = findSymbol(utf8In(body, field::SYMBOL));
     auto const period = periodOf(utf8In(body, field::PERIOD_TYPE));
-    auto const kind = std::find(PRICE_KINDS.begin(), PRICE_KINDS.end(),
-                                static_cast<int>(numberIn(body, field::PRICE_KIND)));
+    auto const kind =
+        std::find(PRICE_KINDS.begin(), PRICE_KINDS.end(), numberIn(body, field::PRICE_KIND));
     if (!symbol || !period || kind == PRICE_KINDS.end()) {
         return std::nullopt;
     }
@@ -218,7 +218,7 @@ MarketAnswer Market::chartHistory(KestrinMessage const & request, long long now)
 
 MarketAnswer Market::newsDocument(KestrinMessage const & request) const {
     long long const type = numberIn(request, field::DOCUMENT_TYPE);
-    auto const xml = news_.document(static_cast<int>(type), utf8In(request, field::DOCUMENT_ID));
+    auto const xml = news_.document(type, utf8In(request, field::DOCUMENT_ID));
     if (!xml) {
         return refused(request::NEWS_DOCUMENT, REFUSED_DOCUMENT, "ニュースが見つかりません");
     }

@@ -104,7 +104,7 @@ News::News(unsigned int seed, long long now) : random_(seed) {
     }
 }
 
-std::optional<std::string> News::document(int type, std::string_view id) const {
+std::optional<std::string> News::document(long long type, std::string_view id) const {
     if (type == tvk::XmlNewsService::TYPE_MASTER_INDEX) {
         return indexOfLists();
     }

@@ -24,7 +24,7 @@ public:
     News(unsigned int seed, long long now);
 
     /// By tvk's types of documents; none where there is no such document. The index has any identifier.
-    std::optional<std::string> document(int type, std::string_view id) const;
+    std::optional<std::string> document(long long type, std::string_view id) const;
     /// Writes one more article, and returns its <headline/>.
     std::string write(long long now);
 

@@ -154,10 +154,11 @@ bool BackendClient::ends() {
 }
 
 std::string BackendClient::rest() {
+    auto const end = Clock::now() + std::chrono::milliseconds(LIMIT_MILLISEC);
     std::string bytes;
     while (!hasEnded_) {
         char room[4096];
-        std::size_t const count = readSome(room, sizeof room, LIMIT_MILLISEC);
+        std::size_t const count = readSome(room, sizeof room, end);
         if (count == 0) {
             break;
         }
@@ -173,6 +174,7 @@ void BackendClient::close() {
 }
 
 BackendClient::Came BackendClient::read(int milliSec) {
+    auto const end = Clock::now() + std::chrono::milliseconds(milliSec);
     for (;;) {
         Frame frame;
         switch (reader_.next(&frame, nullptr)) {
@@ -180,7 +182,7 @@ BackendClient::Came BackendClient::read(int milliSec) {
                 return {};
             case FrameReader::Result::NEED_MORE: {
                 char * const room = reader_.room(65'536);
-                std::size_t const count = readSome(room, reader_.roomSize(), milliSec);
+                std::size_t const count = readSome(room, reader_.roomSize(), end);
                 if (count == 0) {
                     return {};
                 }
@@ -205,7 +207,7 @@ BackendClient::Came BackendClient::read(int milliSec) {
 }
 
 /// 0 where nothing comes any more, or not in time.
-std::size_t BackendClient::readSome(char * room, std::size_t size, int milliSec) {
+std::size_t BackendClient::readSome(char * room, std::size_t size, Clock::time_point end) {
     std::size_t count = 0;
     bool isDone = false;
     if (hasEnded_) {
@@ -221,7 +223,7 @@ std::size_t BackendClient::readSome(char * room, std::size_t size, int milliSec)
     });
     asio::io_context & loop = stream_->loop;
     loop.restart();
-    loop.run_for(std::chrono::milliseconds(milliSec));
+    loop.run_until(end);
     if (!isDone) {
         // The room goes with the call: the read must not outlive it.
         std::error_code ignored;

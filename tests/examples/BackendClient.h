@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <memory>
@@ -31,6 +32,8 @@ public:
 
     /// Trusts the certificate in that file; plain where there is none.
     explicit BackendClient(unsigned short port, std::string const & trusted = "");
+    BackendClient(BackendClient const &) = delete;
+    BackendClient & operator=(BackendClient const &) = delete;
     ~BackendClient();
 
     /// A frame with that JSON as its body.
@@ -57,10 +60,11 @@ public:
     void close();
 
 private:
+    using Clock = std::chrono::steady_clock;
     struct Stream;
 
     Came read(int milliSec);
-    std::size_t readSome(char * room, std::size_t size, int milliSec);
+    std::size_t readSome(char * room, std::size_t size, Clock::time_point end);
 
     std::unique_ptr<Stream> stream_;
     SimpleObjectCache cache_{SimpleObjectCache::defaultRawDataConverter()};
