@@ -65,4 +65,169 @@ TEST_F(TcpKestrinTest, LogsInWithWhatItWasGiven) {
     EXPECT_EQ(listener.lastText, "welcome");
 }
 
+TEST_F(TcpKestrinTest, RefusesWhatIsOutOfPlace) {
+    ErrorInfo error;
+    agent = new tvk::TcpKestrin(server.loop(), options);
+    EXPECT_FALSE(agent->start(&error));
+    EXPECT_EQ(error.getErrorCode(), KestrinConstants::ERR_FailedToCreateConnection);
+    EXPECT_FALSE(agent->start(nullptr));
+    make();
+    auto const refused = [&](bool succeeded) {
+        bool const isRight =
+            !succeeded && error.getErrorCode() == KestrinConstants::ERR_SessionError;
+        error = ErrorInfo();
+        return isRight;
+    };
+    error = ErrorInfo();
+    EXPECT_TRUE(refused(agent->login("trader", "secret", &error)));
+    EXPECT_TRUE(refused(agent->relogin(&error)));
+    EXPECT_TRUE(refused(agent->startRealTimeService(&error)));
+    EXPECT_TRUE(refused(agent->send(makeRequest("echo", "x"), &error)));
+    logIn();
+    EXPECT_TRUE(refused(agent->login("trader", "secret", &error)));
+    EXPECT_FALSE(agent->login("trader", "secret", nullptr));
+    EXPECT_FALSE(agent->start(&error));
+    agent->stop();
+    EXPECT_FALSE(agent->start(&error));
+    EXPECT_FALSE(agent->login("trader", "secret", nullptr));
+}
+
+TEST_F(TcpKestrinTest, OneLoginAtATime) {
+    connect();
+    EXPECT_TRUE(agent->login("trader", "secret", nullptr));
+    EXPECT_FALSE(agent->login("trader", "secret", nullptr));
+    ASSERT_TRUE(untilHeard("startup open"));
+    EXPECT_EQ(server.count("login"), 1U);
+}
+
+TEST_F(TcpKestrinTest, SaysWhatIsWrongWithItsOptions) {
+    options.port = 0;
+    make();
+    ErrorInfo error;
+    EXPECT_FALSE(agent->start(&error));
+    EXPECT_STREQ(error.getErrorMessage(), "host and port are needed");
+    EXPECT_EQ(agent->getStatus(), KESTRINSTATUS_CREATED);
+}
+
+TEST_F(TcpKestrinTest, LogsInAgainWithTheSameName) {
+    logIn();
+    agent->logout();
+    ASSERT_TRUE(agent->relogin(nullptr));
+    ASSERT_TRUE(untilHeard("startup open", 2));
+    FrameServer::Incoming const & login = server.received().back();
+    EXPECT_EQ(login.field("loginId"), "trader");
+    EXPECT_EQ(login.field("password"), "secret");
+    EXPECT_EQ(login.field("session"), "") << "a logout ends the session";
+}
+
+TEST_F(TcpKestrinTest, StopsFromEveryStage) {
+    make();
+    agent->stop();
+    agent->stop();
+    EXPECT_EQ(heard, Heard{"stopped null"});
+    heard.clear();
+    agent = nullptr;
+    make();
+    agent->start(nullptr);
+    agent->stop();
+    EXPECT_EQ(heard, Heard{"stopped null"});
+    heard.clear();
+    agent = nullptr;
+    make();
+    connect();
+    agent->stop();
+    EXPECT_EQ(heard, (Heard{"connected", "disconnected null", "stopped null"}));
+}
+
+TEST_F(TcpKestrinTest, ClosesTheConnectionWhenItStops) {
+    logIn();
+    EXPECT_TRUE(server.isConnected());
+    agent->stop();
+    ASSERT_TRUE(until([&] { return !server.isConnected(); }));
+}
+
+TEST_F(TcpKestrinTest, ALogoutReachesTheBackEndThoughAStopFollows) {
+    logIn();
+    agent->logout();
+    agent->stop();
+    ASSERT_TRUE(until([&] { return server.count("logout") == 1; }));
+}
+
+TEST_F(TcpKestrinTest, RunsUntilItHasStopped) {
+    make();
+    EXPECT_EQ(agent->run(), 0U) << "it was not started";
+    listener.during = [&](std::string const & line) {
+        if (line == "connected") {
+            agent->login("trader", "secret", nullptr);
+        } else if (line == "startup open") {
+            agent->stop();
+        }
+    };
+    agent->start(nullptr);
+    agent->run();
+    EXPECT_EQ(heard.back(), "stopped null");
+    EXPECT_EQ(agent->run(), 0U);
+}
+
+TEST_F(TcpKestrinTest, TellsTheTimeOfTheBackEnd) {
+    make();
+    long long const own = agent->getServerTimeMilliSec();
+    EXPECT_GT(own, 1'700'000'000'000);
+    connect();
+    EXPECT_GE(agent->getServerTimeMilliSec(), 1'700'000'000'000);
+    EXPECT_LT(agent->getServerTimeMilliSec(), 1'700'000'000'000 + 60'000);
+    ASSERT_TRUE(agent->login("trader", "secret", nullptr));
+    ASSERT_TRUE(untilHeard("startup open"));
+    EXPECT_GE(agent->getServerTimeMilliSec(), 1'700'000'001'000);
+}
+
+TEST_F(TcpKestrinTest, SendsAHeartbeatWhenAsked) {
+    struct Agent : tvk::TcpKestrin {
+        using TcpKestrin::doHeartbeat;
+        using TcpKestrin::TcpKestrin;
+    };
+    tvk::RefCountedPtr<Agent> const own(new Agent(server.loop(), options));
+    agent = own;
+    own->doHeartbeat();
+    tvk::RefCountedPtr<tvk::KestrinConfig> const config(new tvk::KestrinConfig);
+    agent->initialize(config, nullptr);
+    agent->addKestrinListener(&listener);
+    connect();
+    own->doHeartbeat();
+    ASSERT_TRUE(until([&] { return server.countOfKind(tvk::FRAME_HEARTBEAT) == 1; }));
+}
+
+TEST_F(TcpKestrinTest, TwoAgentsShareALoop) {
+    logIn();
+    Heard others;
+    HearingListener otherListener(others);
+    FrameServer otherServer;
+    options.port = otherServer.port();
+    tvk::RefCountedPtr<tvk::TcpKestrin> const other(new tvk::TcpKestrin(server.loop(), options));
+    tvk::RefCountedPtr<tvk::KestrinConfig> const config(new tvk::KestrinConfig);
+    other->initialize(config, nullptr);
+    other->addKestrinListener(&otherListener);
+    other->start(nullptr);
+    ASSERT_TRUE(until([&] {
+        otherServer.runContext();
+        return !others.empty();
+    }));
+    EXPECT_EQ(others, Heard{"connected"});
+}
+
+TEST_F(TcpKestrinTest, EndsInTheMiddleOfEverything) {
+    make();
+    agent->start(nullptr);
+    agent = nullptr;
+    settle(5);
+    heard.clear();
+    logIn();
+    agent->startRealTimeService(nullptr);
+    agent->subscribe("quote", "1");
+    server.disconnect();
+    settle(0);
+    agent = nullptr;
+    settle(5);
+}
+
 }  // namespace
