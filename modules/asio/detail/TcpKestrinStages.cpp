@@ -65,11 +65,9 @@ bool TcpKestrin::Impl::start(ErrorInfo * error) {
         return refuse(error, KestrinConstants::ERR_FailedToCreateConnection,
                       "the agent is not initialized or was started before");
     }
-    if (error != nullptr) {
-        error->setComponentCode(ASIO_COMPONENT_CODE);
-    }
-    if (!options_.check(error)) {
-        return false;
+    ErrorInfo wrong;
+    if (!options_.check(&wrong)) {
+        return refuse(error, wrong.getErrorCode(), wrong.getErrorMessage());
     }
     status() = KESTRINSTATUS_CONNECTING;
     connect();

@@ -1,9 +1,11 @@
-// A program of somebody else that checks its options, and knows nothing of Asio.
+// A program of somebody else that makes an agent, and knows nothing of Asio.
 
-#include <modules/asio/TcpOptions.h>
+#include <modules/asio/DesktopLoop.h>
+#include <modules/asio/TcpKestrin.h>
 #include <tvk/tvk.h>
 
 #include <cstdio>
+#include <memory>
 
 int main() {
     tvk::TcpOptions options;
@@ -14,5 +16,8 @@ int main() {
         std::puts(error.getErrorMessage());
         return 1;
     }
-    return 0;
+    tvk::RefCountedPtr<tvk::TcpKestrin> const agent(
+        new tvk::TcpKestrin(std::make_shared<tvk::DesktopLoop>([] {}), options));
+    agent->stop();
+    return agent->getStatus() == KESTRINSTATUS_STOPPED && agent->poll(1) == 0 ? 0 : 1;
 }
