@@ -134,6 +134,8 @@ void RoadServer::serve() {
                 begin += size;
             }
             bytes.erase(0, begin);
+            sendAll(answers_);
+            answers_.clear();
         }
     }
     close(connection_);
@@ -145,15 +147,15 @@ void RoadServer::answer(std::string_view frame) {
     std::string_view const type = frame.substr(HEAD_SIZE, numberAt(frame, 6, 2));
     std::string_view const body = frame.substr(HEAD_SIZE + numberAt(frame, 12, 4));
     if (kind == HELLO) {
-        sendAll(
-            frameOf(WELCOME, 0, "", "", R"({"protocol":1,"time":1,"heartbeatMilliSec":60000})"));
+        answers_ +=
+            frameOf(WELCOME, 0, "", "", R"({"protocol":1,"time":1,"heartbeatMilliSec":60000})");
     } else if (kind == HEARTBEAT) {
-        sendAll(frameOf(HEARTBEAT_ANSWER, number, "", "", ""));
+        answers_ += frameOf(HEARTBEAT_ANSWER, number, "", "", "");
     } else if (type == "login") {
-        sendAll(frameOf(REPLY, number, type, "",
-                        R"({"code":"0","text":"","time":1,"session":"s","resumed":false})"));
+        answers_ += frameOf(REPLY, number, type, "",
+                            R"({"code":"0","text":"","time":1,"session":"s","resumed":false})");
     } else if (number != 0) {
-        sendAll(frameOf(REPLY, number, type, "", body));
+        answers_ += frameOf(REPLY, number, type, "", body);
     }
 }
 

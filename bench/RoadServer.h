@@ -59,6 +59,7 @@ private:
     int wake_[2] = {-1, -1};
     unsigned short port_ = 0;
     std::uint64_t lastNumber_ = 0;
+    std::string answers_;  // to the requests that came together, which go together
 
     std::mutex mutex_;
     std::vector<Order> orders_;
