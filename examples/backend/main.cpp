@@ -13,12 +13,18 @@ namespace {
 
 enum ExitStatus { ALL_WELL = 0, FAILED = 1, NOT_RUN = 2 };
 
-void waitForSignal() {
-    asio::io_context loop;
-    asio::signal_set signals(loop, SIGINT, SIGTERM);
-    signals.async_wait([](std::error_code const & /*error*/, int /*signal*/) {});
-    loop.run();
-}
+/// Catches the signals from its beginning on, so that none is lost before somebody waits.
+class EndSignal {
+public:
+    EndSignal() {
+        signals_.async_wait([](std::error_code const & /*error*/, int /*signal*/) {});
+    }
+    void wait() { loop_.run(); }
+
+private:
+    asio::io_context loop_;
+    asio::signal_set signals_{loop_, SIGINT, SIGTERM};
+};
 
 }  // namespace
 
@@ -36,6 +42,7 @@ int main(int count, char ** values) {
     if (arguments.isVerbose) {
         arguments.options.log = [](std::string const & line) { std::cerr << line << std::endl; };
     }
+    EndSignal endSignal;
     backend::Backend backEnd(arguments.options);
     if (!backEnd.start(&problem)) {
         std::cerr << "backend: " << problem << "\n";
@@ -43,7 +50,7 @@ int main(int count, char ** values) {
     }
     std::cout << "listening on " << arguments.options.address << ":" << backEnd.port()
               << (arguments.options.certFile.empty() ? " (plain)" : " (TLS)") << std::endl;
-    waitForSignal();
+    endSignal.wait();
     backEnd.stop();
     std::cout << "ended" << std::endl;
     return ALL_WELL;

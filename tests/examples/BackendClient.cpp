@@ -30,22 +30,6 @@ void appendNumber(std::string & bytes, unsigned long long number, std::size_t si
     }
 }
 
-std::string frameOf(int kind, unsigned long long number, std::string_view type,
-                    std::string_view json) {
-    std::string frame;
-    appendNumber(frame, PREFIX_BYTES - 4 + type.size() + json.size(), 4);
-    appendNumber(frame, static_cast<unsigned long long>(kind), 1);
-    appendNumber(frame, 0, 1);
-    appendNumber(frame, type.size(), 2);
-    appendNumber(frame, 0, 2);
-    appendNumber(frame, 0, 2);
-    appendNumber(frame, type.size(), 4);
-    appendNumber(frame, number, 8);
-    frame += type;
-    frame += json;
-    return frame;
-}
-
 }  // namespace
 
 /// Plain or with TLS; every operation ends in time.
@@ -84,6 +68,22 @@ BackendClient::BackendClient(unsigned short port, std::string const & trusted)
     : stream_(std::make_unique<Stream>(port, trusted)) {}
 
 BackendClient::~BackendClient() = default;
+
+std::string BackendClient::frameOf(int kind, unsigned long long number, std::string_view type,
+                                   std::string_view json) {
+    std::string frame;
+    appendNumber(frame, PREFIX_BYTES - 4 + type.size() + json.size(), 4);
+    appendNumber(frame, static_cast<unsigned long long>(kind), 1);
+    appendNumber(frame, 0, 1);
+    appendNumber(frame, type.size(), 2);
+    appendNumber(frame, 0, 2);
+    appendNumber(frame, 0, 2);
+    appendNumber(frame, type.size(), 4);
+    appendNumber(frame, number, 8);
+    frame += type;
+    frame += json;
+    return frame;
+}
 
 void BackendClient::send(int kind, unsigned long long number, std::string_view type,
                          std::string_view json) {

@@ -37,6 +37,8 @@ public:
     ~BackendClient();
 
     /// A frame with that JSON as its body.
+    static std::string frameOf(int kind, unsigned long long number, std::string_view type,
+                               std::string_view json);
     void send(int kind, unsigned long long number, std::string_view type, std::string_view json);
     void sendBytes(std::string_view bytes);
     /// HELLO and the WELCOME to it.

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -51,9 +53,11 @@ TEST_F(BackendTrouble, RefusesFaultsWithoutSense) {
 TEST_F(BackendTrouble, DelaysReplies) {
     start();
     ask(R"({"kind":"delay","milliSec":50,"count":2})");
-    echo(11);
-    echo(12);
-    echo(13);
+    std::string requests;
+    for (unsigned long long const number : {11, 12, 13}) {
+        requests += BackendClient::frameOf(FRAME_REQUEST, number, "echo", "{}");
+    }
+    client().sendBytes(requests);
     EXPECT_EQ(client().next().number, 13U) << "the others are overtaken";
     EXPECT_EQ(client().next().number, 11U);
     EXPECT_EQ(client().next().number, 12U);
@@ -121,12 +125,12 @@ TEST_F(BackendTrouble, DisconnectsAfterSomeBytes) {
 TEST_F(BackendTrouble, FallsSilent) {
     options_.heartbeatMilliSec = 20;
     start();
+    auto const before = std::chrono::steady_clock::now();
     ask(R"({"kind":"silence","milliSec":300})");
     client().send(FRAME_HEARTBEAT, 5, "", "");
     client().answerHeartbeats(false);
-    auto const before = std::chrono::steady_clock::now();
     EXPECT_EQ(client().nextOf(FRAME_HEARTBEAT_ANSWER).number, 5U);
-    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(200));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(300));
 }
 
 TEST_F(BackendTrouble, SaysGoodbye) {
@@ -203,8 +207,8 @@ TEST_F(BackendTrouble, EndsWithWhoFallsSilent) {
     EXPECT_TRUE(deaf.ends());
 
     BackendClient alive = newClient();
-    ASSERT_TRUE(alive.greet(20));
-    EXPECT_EQ(alive.next(300).kind, 0);
+    ASSERT_TRUE(alive.greet(500));
+    EXPECT_EQ(alive.next(1'800).kind, 0);
     EXPECT_EQ(alive.ask("echo", "{}").kind, FRAME_REPLY) << "heartbeats keep it";
 }
 
@@ -225,6 +229,78 @@ TEST_F(BackendTrouble, EndsWithWhoSendsNoFrames) {
         EXPECT_TRUE(client.ends());
     }
     EXPECT_EQ(client().ask("echo", "{}").kind, FRAME_REPLY);
+}
+
+TEST_F(BackendTrouble, SurvivesFramesThatAreNearlyRight) {
+    start();
+    BackendClient & other = client();
+    std::vector<std::string> const requests = {
+        R"(login{"loginId":"taro","password":"secret","session":"","lastSequence":0})",
+        R"(subscribe{"type":"quote","subject":"7203"})",
+        R"(orderNew{"code":"7203","side":"buy","quantity":100,"price":2540.5})",
+        R"(chartHistory{"symbol":"7203","priceKind":1,"periodType":"5","count":3})",
+        R"(newsDocument{"documentType":2,"documentId":"market"})",
+        R"(fault{"kind":"burst","type":"test","subject":"x","count":3})",
+    };
+    std::mt19937 random(13);
+    for (int round = 0; round < 200; ++round) {
+        BackendClient nearly = newClient();
+        ASSERT_TRUE(nearly.greet());
+        nearly.login("jiro");
+        for (int step = 0; step < 5; ++step) {
+            std::string const & request = requests[random() % requests.size()];
+            std::size_t const type = request.find('{');
+            std::string frame = BackendClient::frameOf(FRAME_REQUEST, 7, request.substr(0, type),
+                                                       request.substr(type));
+            for (auto change = random() % 3; change > 0; --change) {
+                frame[random() % frame.size()] ^= static_cast<char>(1U << random() % 8);
+            }
+            nearly.sendBytes(frame);
+        }
+        nearly.close();
+    }
+    EXPECT_EQ(other.ask("echo", "{}").kind, FRAME_REPLY);
+}
+
+TEST_F(BackendTrouble, AnswersBodiesOfAnyKind) {
+    options_.heartbeatMilliSec = 60'000;
+    start();
+    client().login("taro");
+    std::vector<std::string> const values = {"null",
+                                             "true",
+                                             "[]",
+                                             "[[1]]",
+                                             "{}",
+                                             R"({"a":{}})",
+                                             "0",
+                                             "-1",
+                                             "1e400",
+                                             "0.5",
+                                             "\"\"",
+                                             R"("\u0000")",
+                                             "99999999999999999999",
+                                             R"("7203")",
+                                             "-9223372036854775808"};
+    for (char const * const request :
+         {"symbols", "orderNew code side quantity price", "orderCancel orderId", "chartPeriods",
+          "chartHistory symbol priceKind periodType count from to", "subscribe type subject",
+          "newsDocument documentType documentId", "unsubscribe type subject",
+          "fault kind milliSec count", "login loginId password session lastSequence"}) {
+        std::vector<std::string> words;
+        std::istringstream stream(request);
+        for (std::string word; stream >> word;) {
+            words.push_back(word);
+        }
+        for (std::string const & value : values) {
+            std::string body;
+            for (std::size_t word = 1; word < words.size(); ++word) {
+                body += (word == 1 ? "\"" : ",\"") + words[word] + "\":" + value;
+            }
+            BackendClient::Came const reply = client().ask(words[0], "{" + body + "}");
+            EXPECT_EQ(reply.kind, FRAME_REPLY) << request << " " << value;
+            EXPECT_FALSE(reply.message.isNull()) << request << " " << value;
+        }
+    }
 }
 
 TEST_F(BackendTrouble, EndsWithWhoSendsTooLargeFrames) {
