@@ -54,7 +54,7 @@ TEST_F(BackendTrouble, DelaysReplies) {
     start();
     ask(R"({"kind":"delay","milliSec":50,"count":2})");
     std::string requests;
-    for (unsigned long long const number : {11, 12, 13}) {
+    for (unsigned long long const number : {11U, 12U, 13U}) {
         requests += BackendClient::frameOf(FRAME_REQUEST, number, "echo", "{}");
     }
     client().sendBytes(requests);
