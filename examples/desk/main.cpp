@@ -30,6 +30,7 @@ constexpr double SECONDS_BETWEEN_FRAMES = 1.0 / 30;
 /// Of the callbacks of one turn: so the window draws and listens in a burst of notices too.
 constexpr std::size_t CALLBACKS_A_TURN = 500;
 constexpr long long MILLISEC_TO_STOP = 2'000;
+constexpr int MOST_MORE_SECONDS = 20;
 
 /// The parts of the program, and FLTK's loop, which drives them.
 class Application {
@@ -129,7 +130,21 @@ private:
         Fl::repeat_timeout(SECONDS_BETWEEN_FRAMES, frame, application);
     }
 
-    static void timeIsUp(void * application) { static_cast<Application *>(application)->leave(); }
+    /// A picture is of a desk that is alive; a slow machine gets more time for that.
+    bool isPictureReady() const {
+        bool const wantsOne = !options_.screenshotFile.empty() && options_.logsIn;
+        return !wantsOne || (!models_.chart.candles().empty() && models_.news.rowCount() > 0);
+    }
+
+    static void timeIsUp(void * application) {
+        auto & self = *static_cast<Application *>(application);
+        if (!self.isPictureReady() && self.moreSeconds_ < MOST_MORE_SECONDS) {
+            ++self.moreSeconds_;
+            Fl::repeat_timeout(1, timeIsUp, application);
+            return;
+        }
+        self.leave();
+    }
 
     Options const options_;
     // The connection goes last: the session and the windows use what it holds.
@@ -140,6 +155,7 @@ private:
     LoginWindow loginWindow_;
     AlertWindow alertWindow_;
     bool isLeaving_ = false;
+    int moreSeconds_ = 0;
 };
 
 /// Points the options to a back end in this process, unless they name one.

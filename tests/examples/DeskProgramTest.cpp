@@ -112,7 +112,7 @@ TEST(DeskProgram, ShowsALiveSession) {
     ASSERT_TRUE(display.isThere());
     std::string const file = testing::TempDir() + "desk-" + std::to_string(getpid()) + ".png";
     Outcome const outcome =
-        runProgram(TVK_DESK, {"--login", "--screenshot", file, "--seconds", "4"});
+        runProgram(TVK_DESK, {"--login", "--screenshot", file, "--seconds", "2"});
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
 
     Picture const picture = pictureIn(file);
