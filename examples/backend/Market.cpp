@@ -79,16 +79,23 @@ std::optional<Chart> chartIn(RecordData const & body) {
     return Chart{*symbol, *kind, *period};
 }
 
+/// The day in the field, which `open` stands for where it is empty; none where it makes no sense.
+std::optional<Minute> dayIn(RecordData const & body, char const * name, Minute open) {
+    std::string const date = utf8In(body, name);
+    return body.hasField(name) && date.empty() ? std::optional(open) : minuteOfDate(date);
+}
+
 /// The bars that the request asks for, by their number or by dates; none where it makes no sense.
 std::optional<std::vector<Bar>> barsFor(RecordData const & body, Chart const & chart,
                                         ChartHistory const & charts, Minute now) {
     if (body.hasField(field::COUNT)) {
         long long const count = numberIn(body, field::COUNT);
-        return count < 0 ? std::nullopt
-                         : std::optional(charts.last(chart, static_cast<std::size_t>(count), now));
+        std::size_t const bars =
+            count == 0 ? ChartHistory::MAXIMUM_BARS : static_cast<std::size_t>(count);
+        return count < 0 ? std::nullopt : std::optional(charts.last(chart, bars, now));
     }
-    auto const from = minuteOfDate(utf8In(body, field::FROM));
-    auto const to = minuteOfDate(utf8In(body, field::TO));
+    auto const from = dayIn(body, field::FROM, 0);
+    auto const to = dayIn(body, field::TO, now);
     return from && to ? std::optional(charts.between(chart, *from, *to, now)) : std::nullopt;
 }
 
