@@ -403,6 +403,26 @@ TEST_F(TcpKestrinRequestsTest, StopTellsAllThoughAHandlerThrows) {
     EXPECT_EQ(heard, (Heard{"canceled a", "canceled b", "disconnected null", "stopped null"}));
 }
 
+TEST_F(TcpKestrinRequestsTest, FailTogetherByTheThousandWithinTheBoundOfPoll) {
+    constexpr int COUNT = 20'000;
+    logIn();
+    heard.clear();
+    auto const message = makeRequest("nothing", "x");
+    for (int asked = 0; asked < COUNT; ++asked) {
+        agent->asyncRequest(message, 60'000, &replies, nullptr);
+    }
+    ASSERT_TRUE(until([&] { return server.count("nothing") == std::size_t{COUNT}; }));
+    server.disconnect();
+    while (heard.size() < std::size_t{COUNT}) {
+        std::size_t const before = heard.size();
+        ASSERT_LE(agent->poll(100), 100U);
+        ASSERT_LE(heard.size() - before, 100U);
+    }
+    ASSERT_TRUE(untilHeard("failed x 10", COUNT));
+    ASSERT_TRUE(untilHeard("login yes 0"));
+    EXPECT_EQ(heard.size(), std::size_t{COUNT + 3}) << "the loss, the welcome and the login";
+}
+
 /// Each request hears exactly one thing, though the connection breaks, requests are cancelled, and
 /// handlers throw, at random.
 class RandomRequestsTest : public TcpKestrinTest,

@@ -2,6 +2,11 @@
 
 #include "modules/asio/TcpKestrin.h"
 
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+
+#include "modules/asio/DesktopLoop.h"
 #include "tests/modules/asio/support/TcpKestrinFixture.h"
 
 namespace {
@@ -228,6 +233,66 @@ TEST_F(TcpKestrinTest, EndsInTheMiddleOfEverything) {
     settle(0);
     agent = nullptr;
     settle(5);
+}
+
+/// The messages that an application's own loop waits for.
+class Desktop {
+public:
+    void wake() {
+        std::lock_guard const lock(mutex_);
+        ++wakes_;
+        changed_.notify_one();
+    }
+    /// False where nothing came for a long time.
+    bool waitForWake() {
+        std::unique_lock lock(mutex_);
+        bool const came = changed_.wait_for(lock, PATIENCE, [this] { return wakes_ > 0; });
+        wakes_ -= came ? 1 : 0;
+        return came;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int wakes_ = 0;
+};
+
+TEST_F(TcpKestrinTest, IsWokenOnADesktop) {
+    std::thread backEnd;
+    std::atomic<bool> isOver = false;
+    {
+        Desktop desktop;
+        auto const loop = std::make_shared<tvk::DesktopLoop>([&] { desktop.wake(); });
+        agent = new tvk::TcpKestrin(loop, options);
+        agent->initialize(new tvk::KestrinConfig, nullptr);
+        agent->addKestrinListener(&listener);
+        auto const desk = std::this_thread::get_id();
+        listener.during = [&](std::string const & line) {
+            EXPECT_EQ(std::this_thread::get_id(), desk);
+            if (line == "connected") {
+                agent->login("trader", "secret", nullptr);
+            }
+        };
+        backEnd = std::thread([&] {
+            while (!isOver) {
+                if (server.runContext() == 0) {
+                    std::this_thread::sleep_for(std::chrono::microseconds(100));
+                }
+            }
+        });
+        agent->start(nullptr);
+        // One callback a call: as many as the bound mean that there may be more.
+        while (timesHeard("startup open") == 0 && desktop.waitForWake()) {
+            while (agent->poll(1) == 1) {
+            }
+        }
+        EXPECT_EQ(heard, (Heard{"connected", "login yes 0", "startup open"}));
+        ErrorInfo error;
+        EXPECT_TRUE(agent->request(makeRequest("echo", "x"), 10'000, &error));
+        agent = nullptr;
+    }
+    isOver = true;
+    backEnd.join();
 }
 
 }  // namespace
