@@ -123,8 +123,7 @@ TEST_F(SessionProgram, GoesNoFurtherThanTheLogin) {
     EXPECT_FALSE(std::filesystem::exists(picture()));
 }
 
-TEST_F(SessionProgram, FailsWhereTheCertificateIsNotTrusted) {
-    // A plain back end is no partner for TLS either.
+TEST_F(SessionProgram, FailsWhereTheOtherSideSpeaksNoTls) {
     auto const backEnd = started({});
     Outcome const outcome =
         session({"--connect", "127.0.0.1:" + std::to_string(backEnd->port()), "--patience", "1"});
