@@ -5,7 +5,8 @@ packages_run=(g++ cmake ninja-build ccache libasio-dev libssl-dev libexpat1-dev)
 # For the window of examples/desk: any font with Japanese would do.
 packages_desk=(libfltk1.3-dev libpng-dev fonts-ipafont-gothic)
 packages_test=("${packages_run[@]}" pkg-config libgtest-dev libgmock-dev tzdata)
-packages_ci=("${packages_test[@]}" clang clang-format clang-tidy libclang-rt-14-dev libfuzzer-14-dev)
+packages_ci=("${packages_test[@]}" "${packages_desk[@]}" xvfb clang clang-format clang-tidy
+    libclang-rt-14-dev libfuzzer-14-dev)
 packages_bench=("${packages_run[@]}" pkg-config libbenchmark-dev rapidjson-dev libyajl-dev
     libsimdjson-dev nlohmann-json3-dev libjsoncpp-dev libboost1.81-dev libboost-json1.81-dev
     libutfcpp-dev nettle-dev libfmt-dev libmbedtls-dev libtomcrypt-dev
@@ -17,6 +18,7 @@ packages_bench=("${packages_run[@]}" pkg-config libbenchmark-dev rapidjson-dev l
 package_is_here() {
     case $1 in
         ninja-build) command -v ninja >/dev/null ;;
+        xvfb) command -v Xvfb >/dev/null ;;
         *-dev | fonts-* | tzdata)
             ! command -v dpkg-query >/dev/null ||
                 [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
