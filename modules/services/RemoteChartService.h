@@ -34,7 +34,7 @@ namespace tvk {
 ///             application.
 class TVK_SERVICES_API RemoteChartService : public ChartService {
 public:
-    static constexpr int COMPONENT_CODE = 6;  ///< of the errors that the service itself finds
+    static constexpr int COMPONENT_CODE = 8;  ///< of the errors that the service itself finds
     static constexpr int DEFAULT_TIMEOUT_MILLI_SEC = 10'000;
 
     /// Requires: `agent` is not null. The time-out is that of each request.

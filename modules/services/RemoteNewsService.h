@@ -30,7 +30,7 @@ namespace tvk {
 ///             application.
 class TVK_SERVICES_API RemoteNewsService : public XmlNewsService {
 public:
-    static constexpr int COMPONENT_CODE = 7;  ///< of the errors that the service itself finds
+    static constexpr int COMPONENT_CODE = 9;  ///< of the errors that the service itself finds
     static constexpr int DEFAULT_TIMEOUT_MILLI_SEC = 10'000;
 
     /// Requires: `agent` is not null. The time-out is that of each request.
