@@ -1,11 +1,14 @@
 // Chart history, a bar that moves, and the picture of both.
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "examples/session/CandleChart.h"
@@ -17,6 +20,7 @@
 #include "tvk/agent/ChartNoticeMessageListener.h"
 #include "tvk/agent/ChartService.h"
 #include "tvk/agent/KestrinContainer.h"
+#include "tvk/agent/ThreadPool.h"
 
 namespace session {
 
@@ -132,7 +136,34 @@ bool start(Stage & stage, ChartService & service, Incoming & incoming) {
     return started;
 }
 
-void writePicture(Stage & stage, Incoming const & incoming) {
+/// Draws and writes the picture on a thread of the pool, so that the window need not wait for the disk.
+/// It shares nothing with the application's thread but the flag.
+class PictureTask : public tvk::ThreadPool::Task {
+public:
+    PictureTask(CandleChart chart, std::string name, std::shared_ptr<tvk::EventLoop> loop)
+        : chart_(std::move(chart)), name_(std::move(name)), loop_(std::move(loop)) {}
+
+    void run() override {
+        std::ofstream file(name_, std::ios::binary);
+        problem_ = (file << chart_.toSvg()).flush() ? 0 : errno;
+        // Its own: the task may end as soon as the flag is set.
+        std::shared_ptr<tvk::EventLoop> const loop = loop_;
+        isDone_ = true;
+        loop->post([] {});  // wakes the application
+    }
+
+    bool isDone() const { return isDone_; }
+    int problem() const { return problem_; }  ///< of the system, 0 where there was none
+
+private:
+    CandleChart const chart_;
+    std::string const name_;
+    std::shared_ptr<tvk::EventLoop> const loop_;
+    int problem_ = 0;
+    std::atomic<bool> isDone_ = false;
+};
+
+CandleChart chartOf(Stage const & stage, Incoming const & incoming) {
     CandleChart chart;
     chart.title = shown(stage.symbol) + "  " + shown(stage.symbolName);
     chart.note = PERIOD_NAME;
@@ -141,12 +172,20 @@ void writePicture(Stage & stage, Incoming const & incoming) {
     }
     chart.candles = incoming.candles;
     chart.hasLive = incoming.liveUpdates > 0;
+    return chart;
+}
 
+void writePicture(Stage & stage, Incoming const & incoming) {
     std::string const & name = stage.options.svg;
-    std::ofstream file(name, std::ios::binary);
-    bool const isWritten = static_cast<bool>((file << chart.toSvg()).flush());
-    stage.account.say("picture", isWritten ? name : name + ": " + std::strerror(errno));
-    stage.account.expect(isWritten, "the chart is written as a picture");
+    PictureTask task(chartOf(stage, incoming), name, stage.desktop.loop());
+    tvk::ThreadPool & pool = *tvk::KestrinContainer::instance()->getThreadPool();
+    bool const isEntered = pool.execute(&task);
+    while (isEntered && !stage.until([&task] { return task.isDone(); })) {
+        // The pool still has the task: it must not end before.
+    }
+    bool const isWritten = isEntered && task.problem() == 0;
+    stage.account.say("picture", isWritten ? name : name + ": " + std::strerror(task.problem()));
+    stage.account.expect(isWritten, "the chart is written as a picture, by a thread of the pool");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "examples/session/Stage.h"
 #include "examples/session/Texts.h"
+#include "modules/asio/AsioThreadPool.h"
 #include "modules/asio/TcpKestrin.h"
 #include "modules/services/RemoteChartService.h"
 #include "modules/services/RemoteNewsService.h"
@@ -35,6 +36,7 @@ public:
         container.setErrorManager(new tvk::KestrinErrorManagerImpl);
         agent->setErrorManager(container.getErrorManager());
         container.setKestrin(agent.get());
+        container.setThreadPool(&pool_);
         container.setChartService(new tvk::RemoteChartService(agent));
         container.setXmlNewsService(new tvk::RemoteNewsService(agent));
     }
@@ -43,6 +45,9 @@ public:
     ~Container() { cleanUp(); }
 
     void cleanUp() { KestrinContainer::cleanup(); }
+
+private:
+    tvk::AsioThreadPool pool_{1};  // borrowed by the container, and so outlives it
 };
 
 /// What lies between the agent's start and its end.

@@ -135,7 +135,8 @@ TEST_F(SessionProgram, FailsWhereThePictureCannotBeWritten) {
     Outcome const outcome = runProgram(
         TVK_SESSION, {"--svg", picture() + "/no/such/folder", "--seconds", "0.1", "--quiet"});
     EXPECT_EQ(outcome.exitStatus, 1);
-    EXPECT_THAT(outcome.out, StartsWith("FAILED  the chart is written as a picture\n"));
+    EXPECT_THAT(outcome.out,
+                StartsWith("FAILED  the chart is written as a picture, by a thread of the pool\n"));
 }
 
 TEST_F(SessionProgram, HelpSaysWhatItTakes) {
