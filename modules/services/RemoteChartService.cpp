@@ -342,11 +342,10 @@ void RemoteChartService::Impl::forget(std::map<ChartKey, Chart>::iterator entry)
 void RemoteChartService::Impl::noticeArrived(KestrinMessage const & notice) {
     ErrorInfo error;
     services::ChartUpdate update;
-    if (!services::readUpdate(notice, COMPONENT_CODE, &update, &error)) {
-        ++droppedNotices_;
-    } else if (update.isReset && isSubscribed(update.chart.symbolCode)) {
+    bool const isRead = services::readUpdate(notice, COMPONENT_CODE, &update, &error);
+    if (isRead && update.isReset && isSubscribed(update.chart.symbolCode)) {
         reset(update.chart.symbolCode);
-    } else if (!update.isReset && hasSubscription(update.chart)) {
+    } else if (isRead && !update.isReset && hasSubscription(update.chart)) {
         takeUpdate(update.chart, update.record);
     } else {
         ++droppedNotices_;

@@ -69,7 +69,7 @@ void AgentLink::closeAtAgent(Topic const & topic) {
 
 RefCountedPtr<Exchange> AgentLink::ask(RefCountedPtr<KestrinMessage> const & message,
                                        Exchange::Taker taker) {
-    RefCountedPtr<Exchange> const exchange(
+    RefCountedPtr<Exchange> exchange(
         new Exchange([this, taker = std::move(taker)](Outcome const & outcome) {
             RefCountedPtr<RefCounted const> const alive(&client_.counted());
             deliverEarlyOutcomes();
