@@ -258,6 +258,10 @@ def road_rows(results):
                     yield f"`{group}`", peer, digits(row[key]), unit, ratio
 
 
+def behind_roads(results):
+    return (row for row in road_rows(results) if row[-1].startswith("**"))
+
+
 def kib(number):
     return digits(number / 1024)
 
@@ -316,6 +320,8 @@ median of the ratios within the rounds.
                     ("row", "tvk", "ratio:", "behind"), behind_rows(results))
     page += section("Where tvk takes more memory", "The most frugal peer first.",
                     ("row", "ratio:", "behind"), behind_memory(results))
+    page += section("Where tvk is behind over the network", "Peers that are faster.", ROAD_HEAD,
+                    behind_roads(results))
     page += section("Where peers have AES instructions",
                     "tvk's cipher works by tables, these peers by instructions of the processor.",
                     ("row", "tvk", "ratio:", "behind"), behind_instructions(results))
@@ -327,7 +333,9 @@ median of the ratios within the rounds.
                     ("row", "the tree is", "best peer", "its figure", "ratio:"), kind_rows(results))
     page += section("Over the network",
                     "A whole client at the end of a connection on the loopback interface, by the clock of the "
-                    "wall; server and client share the machine.", ROAD_HEAD, road_rows(results))
+                    "wall; server and client share the machine. These rows do not take turns: a rate is the "
+                    "median of five rounds, the delays are those of one run.",
+                    ROAD_HEAD, road_rows(results))
     page += section("Memory of messages that are kept",
                     "All messages of the feed are alive; the reader is what reading needs besides, "
                     "with tvk parser and cache.", KEPT_HEAD, kept_rows(results))

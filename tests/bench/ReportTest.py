@@ -72,6 +72,18 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(list(report.behind_memory(results)), [("`memory/t`", "0.50", "p 0.50")])
         self.assertIn("| `peak/t` | p | 0.5 | 4 | 0 | 4.00 |", report.as_page(results))
 
+    def test_above_one_tvk_is_ahead_in_rates_as_in_delays(self):
+        results = results_of([{"row": "road_rate/n/tvk", "a_second": 100},
+                              {"row": "road_rate/n/p", "a_second": 200},
+                              {"row": "road_delay/n/tvk", "median_us": 10, "p99_us": 40},
+                              {"row": "road_delay/n/p", "median_us": 30, "p99_us": 20}])
+        ratios = [(row[0], row[3], row[4]) for row in report.road_rows(results) if row[1] == "p"]
+        self.assertEqual(ratios, [("`road_rate/n`", "a second", "**0.50**"),
+                                  ("`road_delay/n`", "us, median", "3.00"),
+                                  ("`road_delay/n`", "us, 99th percentile", "**0.50**")])
+        self.assertEqual([row[2] for row in report.behind_roads(results)], ["200", "20"])
+        self.assertEqual(list(report.memory_ratios(results)), [])
+
     def test_failures_are_told_and_the_rest_stays(self):
         results = results_of([timed("read/a/tvk", [10]), {"row": "read/a/p", "error": "differs"}])
         page = report.as_page(results)
